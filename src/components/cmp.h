@@ -1,0 +1,121 @@
+// CCmp: the base of every circuit component. Identity, pins, the switching
+// state, and the virtual operations through which the solver, the file code
+// and the trace code talk to a component.
+#pragma once
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "components/elem_type.h"
+#include "components/param.h"
+#include "components/pwl.h"
+
+namespace tz4 {
+
+class CCalc;
+class CCmps;
+class CXmlNode;
+class CSubCir;
+class CCustomElemType;
+
+enum StampPhase : int {
+  STAMP_INIT = 1,
+  STAMP_RESET = 2,
+  STAMP_ACCEPT = 3,
+  STAMP_IC_ADJUST = 4,
+  STAMP_MATRIX = 5,
+  STAMP_SOURCE = 6,
+  STAMP_SAMPLE = 7,
+  STAMP_SAVE_IC = 8,
+};
+
+// Model ids with behaviour outside the devices themselves.
+enum : int32_t {
+  MODEL_SUBCIR = 7,
+  MODEL_TABLE = 8,
+};
+
+class CCmp {
+ public:
+  explicit CCmp(const ElemType& elemType);
+  virtual ~CCmp();
+  CCmp(const CCmp&) = delete;
+  CCmp& operator=(const CCmp&) = delete;
+
+  // --- virtual operations, in their fixed order ---
+  virtual bool IsLabel() const { return false; }
+  virtual bool IsVariable() const { return false; }
+  // Load or store by the archive's direction; overrides call SerializeBase first.
+  virtual bool Serialize(CXmlNode& archive, bool customFlag);
+  virtual std::string& GetICText(std::string& out) {
+    out.clear();
+    return out;
+  }
+  virtual bool CheckParams() { return true; }
+  // The current model's parameter table bound to this component.
+  virtual CParamTable BindParams();
+  virtual int32_t GetExtraRows();
+  virtual int IsMatrixPin(int /*pin*/) { return 1; }
+  virtual bool GetTraceInfo(int kind, int& nodeA, int& nodeB, int& row, double& value);
+  virtual double GetTraceValue(CCalc& /*calc*/, int /*kind*/) { return 0.0; }
+  virtual int Stamp(CCalc& /*calc*/, int /*phase*/, double /*t*/) { return 0; }
+  virtual void NextEvent(CCalc& /*calc*/, double /*t*/, double& /*nextTime*/, double& /*maxStep*/) {}
+  virtual bool GetStateRange(int& /*low*/, int& /*high*/) { return false; }
+  virtual void Reserved() {}
+  virtual bool CheckSwitching(CCalc& /*calc*/, bool /*apply*/) { return false; }
+  virtual bool PostStep(CCalc& /*calc*/, bool /*apply*/, double /*t*/, bool& changed) {
+    changed = false;
+    return true;
+  }
+  virtual void LoadCustom() {}
+  virtual void StoreCustom() {}
+
+  // --- non-virtual operations ---
+  void SetPinCount(int n);
+  const ModelInfo* GetModel() const;
+  int32_t ModelId() const;  // id of the current model, 0 when unresolved
+  std::string GetFullName() const;
+  // Case-insensitive; an empty name gives the first row. False when not found.
+  bool FindParam(const std::string& paramName, CParam& out);
+  // Index of the parameter in the bound table, -1 when not found.
+  int FindParamIndex(const std::string& paramName);
+  bool SerializeBase(CXmlNode& archive, bool customFlag);
+  void CreateCustomType();
+
+  // --- fields ---
+  int32_t id = 0;
+  const ElemType* type = nullptr;
+  std::unique_ptr<CCustomElemType> customType;
+  std::string name;
+  const ModelInfo* models = nullptr;
+  int32_t modelIndex = -1;
+  int32_t prevModelId = 0;
+  std::string fileName;
+  std::string group;
+  int32_t view = 0;
+  int32_t state = 0;
+  bool switched = false;
+  bool forceIC = false;
+  bool ignoreIC = false;
+  bool icRetry = false;
+  std::unique_ptr<CSubCir> subCir;  // model 7 only; created on demand
+  CPWL pwl;
+  std::string attachment;
+  std::string path;
+  CCmps* owner = nullptr;
+  int32_t pinCount = -1;
+  std::vector<int32_t> pins;
+  int32_t firstRow = 0;
+};
+
+// Appends the component's full name, " : ", the text and "; " to the last
+// error; a null component gives "pcmp = NULL". Always returns false.
+bool ComponentError(const CCmp* component, const std::string& text);
+
+// CheckParams of a type whose simulation behaviour is not available: reports
+// "type TAG cannot be simulated yet" for the component and returns false, so
+// that no run silently ignores a device.
+bool ReportNotSimulated(const CCmp* component);
+
+}  // namespace tz4
