@@ -46,17 +46,23 @@ class CCmp {
   // --- virtual operations, in their fixed order ---
   virtual bool IsLabel() const { return false; }
   virtual bool IsVariable() const { return false; }
-  // Load or store by the archive's direction; overrides call SerializeBase first.
+  // Load or store by the archive's direction. The default is SerializeBase
+  // alone; overrides call SerializeBase first and give up when it fails.
   virtual bool Serialize(CXmlNode& archive, bool customFlag);
   virtual std::string& GetICText(std::string& out) {
     out.clear();
     return out;
   }
   virtual bool CheckParams() { return true; }
-  // The current model's parameter table bound to this component.
+  // The current model's parameter table bound to this component: one CParam
+  // per ParamDef row, pointing at this component's members. Empty when the
+  // model is unresolved or has no table.
   virtual CParamTable BindParams();
+  // ModelInfo::extraRows of the current model, 0 when unresolved.
   virtual int32_t GetExtraRows();
   virtual int IsMatrixPin(int /*pin*/) { return 1; }
+  // nodeA = pins[0], nodeB = pins[1] (-1 where the pin does not exist),
+  // row = firstRow, value = 0; true.
   virtual bool GetTraceInfo(int kind, int& nodeA, int& nodeB, int& row, double& value);
   virtual double GetTraceValue(CCalc& /*calc*/, int /*kind*/) { return 0.0; }
   virtual int Stamp(CCalc& /*calc*/, int /*phase*/, double /*t*/) { return 0; }
@@ -72,21 +78,31 @@ class CCmp {
   virtual void StoreCustom() {}
 
   // --- non-virtual operations ---
+  // Nothing when n equals pinCount; otherwise n zeroed pins (none for n <= 0).
   void SetPinCount(int n);
+  // The current model's row; null while unresolved or without a table.
   const ModelInfo* GetModel() const;
   int32_t ModelId() const;  // id of the current model, 0 when unresolved
+  // name, or path + "." + name inside a subcircuit.
   std::string GetFullName() const;
-  // Case-insensitive; an empty name gives the first row. False when not found.
+  // Binds the table and takes the row whose name equals paramName ignoring
+  // case; an empty name gives the first row. False when not found or when
+  // the model has no table.
   bool FindParam(const std::string& paramName, CParam& out);
   // Index of the parameter in the bound table, -1 when not found.
   int FindParamIndex(const std::string& paramName);
+  // The common part of a component element: "type", "Custom", "id", "name",
+  // "file_name", "view", "group", "node0".. (these with customFlag false),
+  // then "model", "SubCir", "pwl"/"pwlf"/"pwlm" and "Attachment". On load an
+  // unknown model appends "Model '...' not found for NAME" and gives false.
   bool SerializeBase(CXmlNode& archive, bool customFlag);
-  void CreateCustomType();
 
   // --- fields ---
   int32_t id = 0;
   const ElemType* type = nullptr;
-  std::unique_ptr<CCustomElemType> customType;
+  // Held through shared_ptr so that this header needs no complete type; the
+  // component is its only owner.
+  std::shared_ptr<CCustomElemType> customType;
   std::string name;
   const ModelInfo* models = nullptr;
   int32_t modelIndex = -1;
@@ -99,7 +115,7 @@ class CCmp {
   bool forceIC = false;
   bool ignoreIC = false;
   bool icRetry = false;
-  std::unique_ptr<CSubCir> subCir;  // model 7 only; created on demand
+  std::shared_ptr<CSubCir> subCir;  // model 7 only; created on demand, sole owner
   CPWL pwl;
   std::string attachment;
   std::string path;
@@ -107,6 +123,10 @@ class CCmp {
   int32_t pinCount = -1;
   std::vector<int32_t> pins;
   int32_t firstRow = 0;
+  // The "SubCir" and "Custom" children as read, written back unchanged on
+  // store until subcircuit parts and custom types read them themselves.
+  std::string keptSubCirXml;
+  std::string keptCustomXml;
 };
 
 // Appends the component's full name, " : ", the text and "; " to the last

@@ -1,28 +1,32 @@
-// A number or formula text held by a component.
-// (Class layout fixed with the component layer; the evaluator implements
-// Update in formula.cpp.)
+// A number or formula text held by a component parameter.
 #pragma once
 #include <string>
 
-namespace tz4 {
+#include "expr/context.h"
 
-class CEvalContext;  // name resolution for formulas: document, components, simulation
+namespace tz4 {
 
 class CFormula {
  public:
   CFormula() = default;
-  explicit CFormula(double value) : Value(value) {}
+  // A plain number as the initial value (a component's default).
+  CFormula(double value) : Value(value) {}
   virtual ~CFormula() = default;
 
-  // Re-evaluates Text (when not empty) with `context` resolving names
-  // (null: constants and numbers only). Plain numbers are evaluated once and
-  // their text emptied; text beginning with "=" stays a formula. Returns true
-  // when Value changed. A raised failure passes through and leaves Invalid set.
-  bool Update(CEvalContext* context);
+  std::string Text;     // formula text; empty means a plain number
+  double Value = 0.0;   // the last value
+  bool Invalid = false; // true while an evaluation runs; stays true after a failure
 
-  std::string Text;      // formula text; empty means a plain number
-  double Value = 0.0;    // the last value
-  bool Invalid = false;  // true while an evaluation runs; stays true when one failed
+  // Evaluates Text (no variables, no simulation) and stores the result
+  // rounded to 12 significant digits. A text not beginning with "=" is a
+  // plain number: it is evaluated once and then emptied. Returns whether
+  // Value changed; with empty Text nothing runs and the result is false.
+  // A failure is raised and leaves Invalid true, Value and Text unchanged.
+  bool Update(CEvalContext* context);
 };
+
+// Raises "Circular reference" when text depends, directly or through other
+// parameter formulas, on owner. Does nothing without a context or text.
+void ResolveCircularity(const CFormula* owner, const std::string& text, CEvalContext* context);
 
 }  // namespace tz4

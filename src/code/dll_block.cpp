@@ -1,0 +1,52 @@
+#include "code/dll_block.h"
+
+#include <cstdio>
+
+#include "code/code_block.h"
+#include "doc/xml_node.h"
+
+namespace tz4 {
+
+namespace {
+
+const ParamDef kDllParams[] = {
+    {PK_LIBRARY_FILE, "DLL", &BindMember<&CElemDll::Dll>},
+    {PK_NAME, "Init", &BindMember<&CElemDll::Init>},
+    {PK_NAME, "Main", &BindMember<&CElemDll::Main>},
+    {PK_TEXT, "IC", &BindMember<&CElemDll::IC>},
+    {},
+};
+
+// --- model table: name, id, params, editHint, extraRows, traceMask ---
+// The rows are one per output (GetExtraRows); the block offers no V, I or P
+// trace of its own.
+const ModelInfo kDllModels[] = {
+    {"DLL", MODEL_CODE_DLL, kDllParams, 0, 0, 0, 0, 1},
+    {},
+};
+
+}  // namespace
+
+const ElemType kTypeX_DLL = {"X_DLL", 0, &MakeCmp<CElemDll>, kDllModels, 0, "DLL block"};
+
+CElemDll::CElemDll(const ElemType& elemType) : CCmp(elemType) {}
+
+CElemDll::~CElemDll() {
+  if (!TempPath.empty()) std::remove(TempPath.c_str());
+}
+
+bool CElemDll::Serialize(CXmlNode& archive, bool customFlag) {
+  if (!SerializeBase(archive, customFlag)) return false;
+  archive.ArchiveEncodedString("dll", Dll);
+  archive.ArchiveEncodedString("dll_init", Init);
+  // The main entry's attribute is named "dll_code" in every circuit file.
+  archive.ArchiveEncodedString("dll_code", Main);
+  std::string ic = IcTextToFile(IC);
+  archive.ArchiveEncodedString("ic", ic);
+  if (!archive.storing) IC = IcTextFromFile(ic);
+  return true;
+}
+
+bool CElemDll::CheckParams() { return ReportNotSimulated(this); }
+
+}  // namespace tz4

@@ -1,0 +1,38 @@
+// CElemC: the capacitor, fixed, by table, and steered by a voltage or a
+// current through a table of capacitances. One extra row holds its current.
+#pragma once
+#include <cstdint>
+#include <string>
+
+#include "components/cmp.h"
+#include "expr/formula.h"
+
+namespace tz4 {
+
+class CElemC : public CCmp {
+ public:
+  explicit CElemC(const ElemType& elemType);
+
+  bool Serialize(CXmlNode& archive, bool customFlag) override;
+  std::string& GetICText(std::string& out) override;
+  bool CheckParams() override;
+  bool GetTraceInfo(int kind, int& nodeA, int& nodeB, int& row, double& value) override;
+
+  std::string ICText;     // "ic": initial voltage, empty for none
+  CFormula C;             // "c", 1
+  std::string Zs;         // "fs", "1/s": "Z(s)" of "Function", kept only
+  bool HasValue = false;  // Voltage is known
+  double Voltage = 0.0;   // present voltage
+};
+
+// Model ids of the capacitor family.
+enum : int32_t {
+  MODEL_C_C = 10,
+  MODEL_C_FUNCTION = 5,
+};
+
+extern const ElemType kTypeC_C;
+extern const ElemType kTypeC_VCC;
+extern const ElemType kTypeC_CCC;
+
+}  // namespace tz4

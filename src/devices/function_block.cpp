@@ -1,0 +1,225 @@
+#include "devices/function_block.h"
+
+#include <cstring>
+#include <utility>
+
+#include "doc/xml_node.h"
+#include "expr/numtext.h"
+
+namespace tz4 {
+
+namespace {
+
+// Bit 4 of a trace mask marks an output that delivers power, as a source does.
+constexpr int32_t kOutputMask = TRACE_V | TRACE_I | TRACE_P | 16;
+constexpr int32_t kSubCirMask = TRACE_V | TRACE_P;
+
+const char* const kFormatNames[] = {"Unsigned", "Signed", nullptr};
+
+// --- parameter tables ---
+
+const ParamDef kFunction1Params[] = {
+    {PK_FORMULA_TEXT, "F(x)", &BindMember<&CElemF::Func>},
+    {PK_FORMULA_TEXT, "F(s)", &BindMember<&CElemF::Fs>},
+    {PK_VALUE, "IC", &BindMember<&CElemF::Ic>},
+    {},
+};
+const ParamDef kFunction2Params[] = {
+    {PK_FORMULA_TEXT, "F(x,y)", &BindMember<&CElemF::Func>},
+    {PK_FORMULA_TEXT, "F(s)", &BindMember<&CElemF::Fs>},
+    {PK_VALUE, "IC", &BindMember<&CElemF::Ic>},
+    {},
+};
+const ParamDef kLogicFunctionParams[] = {
+    {PK_FORMULA_TEXT, "F(b)", &BindMember<&CElemF::Func>},
+    {PK_HIGH_LOW, "IC", &BindMember<&CElemF::LogicIc>},
+    {},
+};
+const ParamDef kBusFunctionParams[] = {
+    {PK_ENUM, "Format", &BindMember<&CElemF::Format>},
+    {PK_VALUE, "IC", &BindMember<&CElemF::Ic>},
+    {},
+};
+const ParamDef kBusLinearParams[] = {
+    {PK_ENUM, "Format", &BindMember<&CElemF::Format>},
+    {},
+};
+const ParamDef kPwr1Params[] = {
+    {PK_VALUE, "power", &BindMember<&CElemF::Power>},
+    {PK_VALUE, "K", &BindMember<&CElemF::K>},
+    {PK_VALUE, "IC", &BindMember<&CElemF::Ic>},
+    {},
+};
+const ParamDef kIntParams[] = {
+    {PK_VALUE, "resolution", &BindMember<&CElemF::Resolution>},
+    {PK_VALUE, "K", &BindMember<&CElemF::K>},
+    {PK_VALUE, "IC", &BindMember<&CElemF::Ic>},
+    {},
+};
+const ParamDef kLimParams[] = {
+    {PK_VALUE, "Max", &BindMember<&CElemF::Max>},
+    {PK_VALUE, "Min", &BindMember<&CElemF::Min>},
+    {PK_VALUE, "IC", &BindMember<&CElemF::Ic>},
+    {},
+};
+const ParamDef kTable1Params[] = {
+    {PK_TABLE_1, "Table", &BindMember<&CElemF::Table>},
+    {PK_VALUE, "IC", &BindMember<&CElemF::Ic>},
+    {},
+};
+const ParamDef kTable2Params[] = {
+    {PK_TEXT, "X", &BindMember<&CElemF::TableX>},
+    {PK_TEXT, "Y", &BindMember<&CElemF::TableY>},
+    {PK_TABLE_2, "Table", &BindMember<&CElemF::Table>},
+    {PK_VALUE, "IC", &BindMember<&CElemF::Ic>},
+    {},
+};
+const ParamDef kCompareParams[] = {
+    {PK_VALUE, "IC", &BindMember<&CElemF::Ic>},
+    {},
+};
+// Shared by every arithmetic model with a gain.
+const ParamDef kGainParams[] = {
+    {PK_VALUE, "K", &BindMember<&CElemF::K>},
+    {PK_VALUE, "IC", &BindMember<&CElemF::Ic>},
+    {},
+};
+
+// --- model tables: name, id, params, editHint, extraRows, traceMask ---
+
+const ModelInfo kF1Models[] = {
+    {"Function", MODEL_F_FUNCTION, kFunction1Params, 0, 1, kOutputMask},
+    {"Pwr", MODEL_F_PWR, kPwr1Params, 0, 1, kOutputMask},
+    {"Abs", MODEL_F_ABS, kGainParams, 0, 1, kOutputMask},
+    {"Int", MODEL_F_INT, kIntParams, 0, 1, kOutputMask},
+    {"Lim", MODEL_F_LIM, kLimParams, 0, 1, kOutputMask},
+    {"Integral", MODEL_F_INTEGRAL, kGainParams, 0, 1, kOutputMask},
+    {"Table", MODEL_F_TABLE, kTable1Params, 0, 1, kOutputMask},
+    {"SubCir", MODEL_SUBCIR, nullptr, 0, 0, kSubCirMask, 0, 1},
+    {},
+};
+const ModelInfo kF2Models[] = {
+    {"Function", MODEL_F_FUNCTION, kFunction2Params, 0, 1, kOutputMask},
+    {"Mul", MODEL_F_MUL, kGainParams, 0, 1, kOutputMask},
+    {"Div", MODEL_F_DIV, kGainParams, 0, 1, kOutputMask},
+    {"Sum", MODEL_F_SUM, kGainParams, 0, 1, kOutputMask},
+    {"Sub", MODEL_F_SUB, kGainParams, 0, 1, kOutputMask},
+    {"Max", MODEL_F_MAX, kGainParams, 0, 1, kOutputMask},
+    {"Min", MODEL_F_MIN, kGainParams, 0, 1, kOutputMask},
+    {"GT", MODEL_F_GT, kCompareParams, 0, 1, kOutputMask},
+    {"LT", MODEL_F_LT, kCompareParams, 0, 1, kOutputMask},
+    {"Pwr", MODEL_F_PWR, kGainParams, 0, 1, kOutputMask},
+    {"Mag", MODEL_F_MAG, kGainParams, 0, 1, kOutputMask},
+    {"Phase", MODEL_F_PHASE, kGainParams, 0, 1, kOutputMask},
+    {"Table", MODEL_F_TABLE, kTable2Params, 0, 1, kOutputMask},
+    {"SubCir", MODEL_SUBCIR, nullptr, 0, 0, kSubCirMask, 0, 1},
+    {},
+};
+const ModelInfo kFCustomModels[] = {
+    {"Function", MODEL_F_FUNCTION, kFunction1Params, 0, 1, kOutputMask},
+    {},
+};
+const ModelInfo kLogicFunctionModels[] = {
+    {"Function", MODEL_F_FUNCTION, kLogicFunctionParams, 0, 1, kOutputMask},
+    {},
+};
+const ModelInfo kBusModels[] = {
+    {"Linear", MODEL_F_LINEAR, kBusLinearParams, 0, 1, kOutputMask},
+    {"Function", MODEL_F_FUNCTION, kBusFunctionParams, 0, 1, kOutputMask},
+    {},
+};
+
+bool HasTag(const CCmp& cmp, const char* tag) {
+  return cmp.type != nullptr && cmp.type->tag != nullptr && std::strcmp(cmp.type->tag, tag) == 0;
+}
+
+}  // namespace
+
+const ElemType kTypeF_1 = {"F_1", 2, &MakeCmp<CElemF>, kF1Models, 0, "Function"};
+const ElemType kTypeF_2 = {"F_2", 3, &MakeCmp<CElemF>, kF2Models, 0, "Function-2"};
+const ElemType kTypeF_CUSTOM = {"F_CUSTOM", 0, &MakeCmp<CElemF>, kFCustomModels, 0, "Custom function"};
+const ElemType kTypeY_FUNCTION = {"Y_FUNCTION", 0, &MakeCmp<CElemF>, kLogicFunctionModels, 0,
+                                  "Logical function"};
+const ElemType kTypeY_BUS = {"Y_BUS", 0, &MakeCmp<CElemF>, kBusModels, 0, "Bus"};
+
+CElemF::CElemF(const ElemType& elemType) : CCmp(elemType), Format{0, kFormatNames} {
+  K.Value = 1.0;
+  Resolution.Value = 1.0;
+  Power.Value = 1.0;
+  Min.Value = -10.0;
+  Max.Value = 10.0;
+  Table = HasTag(*this, "F_1") ? "0,0" : "0";
+  // Custom types take their input names from their shape; the fixed types
+  // read x (and y).
+  Variables.Add("t", VT_DOUBLE);
+  if (HasTag(*this, "F_1")) {
+    Variables.Add("x", VT_DOUBLE);
+  } else if (HasTag(*this, "F_2")) {
+    Variables.Add("x", VT_DOUBLE);
+    Variables.Add("y", VT_DOUBLE);
+  }
+}
+
+bool CElemF::IsLogicFunction() const { return HasTag(*this, "Y_FUNCTION"); }
+
+bool CElemF::IsBus() const { return HasTag(*this, "Y_BUS"); }
+
+int CElemF::OutputPin() const {
+  const int pin = static_cast<int>(pins.size()) - 1 - (Clocked != 0 ? 1 : 0);
+  return pin >= 0 ? pin : -1;
+}
+
+bool CElemF::Serialize(CXmlNode& archive, bool customFlag) {
+  if (!SerializeBase(archive, customFlag)) return false;
+  if (IsBus()) archive.ArchiveInt("format", Format.Index);
+  if (!archive.storing && !archive.HasAttribute("func") && archive.HasAttribute("f")) {
+    // Older files name the formula "f" and number the two first inputs the
+    // other way round.
+    Func = archive.GetEncodedAttribute("f", Func);
+    if (pins.size() >= 3) std::swap(pins[0], pins[1]);
+  } else {
+    archive.ArchiveEncodedString("func", Func);
+  }
+  archive.ArchiveEncodedString("fs", Fs);
+  if (!IsLogicFunction()) archive.ArchiveValue("func_ic", Ic);
+  archive.ArchiveValue("k", K);
+  archive.ArchiveValue("res", Resolution);
+  archive.ArchiveValue("pow", Power);
+  archive.ArchiveValue("min", Min);
+  archive.ArchiveValue("max", Max);
+  archive.ArchiveEncodedString("table", Table);
+  archive.ArchiveEncodedString("table_x", TableX);
+  archive.ArchiveEncodedString("table_y", TableY);
+  if (IsLogicFunction()) archive.ArchiveInt("func_ic", LogicIc);
+  return true;
+}
+
+std::string& CElemF::GetICText(std::string& out) {
+  out.clear();
+  const int32_t model = ModelId();
+  if (model == 0 || model == MODEL_SUBCIR || model == MODEL_F_LINEAR) return out;
+  if (IsLogicFunction())
+    out = GetFullName() + ".IC=" + (LogicIc != 0 ? "high" : "low");
+  else
+    out = GetFullName() + ".IC=" + FormatNumber(Ic.Value);
+  return out;
+}
+
+bool CElemF::CheckParams() {
+  // A subcircuit is replaced by its contents; the block itself does nothing.
+  if (ModelId() == MODEL_SUBCIR) return true;
+  return ReportNotSimulated(this);
+}
+
+// The output drives its node from ground through the extra row.
+bool CElemF::GetTraceInfo(int kind, int& nodeA, int& nodeB, int& row, double& value) {
+  const int out = OutputPin();
+  nodeA = out >= 0 ? 0 : -1;
+  nodeB = out >= 0 ? pins[static_cast<size_t>(out)] : -1;
+  row = firstRow;
+  value = 0.0;
+  if (ModelId() == MODEL_SUBCIR) return kind == 0 || kind == 6;
+  return true;
+}
+
+}  // namespace tz4

@@ -1,0 +1,103 @@
+#include "devices/logic_generator.h"
+
+#include "doc/xml_node.h"
+#include "expr/numtext.h"
+
+namespace tz4 {
+
+namespace {
+
+template <auto Field>
+ParamTarget BindField(CCmp& cmp) {
+  return BindSignalField<&CElemLG::Signal, Field>(cmp);
+}
+
+const ParamDef kLevelParams[] = {
+    {PK_HIGH_LOW, "Out", &BindMember<&CElemLG::Active>},
+    {},
+};
+const ParamDef kPulseParams[] = {
+    {PK_VALUE, "Period", &BindField<&CSignal::Period>},
+    {PK_VALUE, "Width", &BindField<&CSignal::Width>},
+    {PK_VALUE, "Delay", &BindField<&CSignal::Delay>},
+    {PK_HIGH_LOW, "Active", &BindMember<&CElemLG::Active>},
+    {},
+};
+const ParamDef kStepParams[] = {
+    {PK_VALUE, "Delay", &BindField<&CSignal::Delay>},
+    {PK_HIGH_LOW, "Active", &BindMember<&CElemLG::Active>},
+    {},
+};
+const ParamDef kListParams[] = {
+    {PK_LOGIC_LIST, "List", &BindField<&CSignal::PwlText>},
+    {PK_YES_NO, "Cycle", &BindField<&CSignal::Cycle>},
+    {PK_VALUE, "Delay", &BindField<&CSignal::Delay>},
+    {},
+};
+const ParamDef kFileParams[] = {
+    {PK_DATA_FILE, "File", &BindField<&CSignal::FileName>},
+    {PK_YES_NO, "Cycle", &BindField<&CSignal::Cycle>},
+    {PK_VALUE, "Delay", &BindField<&CSignal::Delay>},
+    {},
+};
+
+// name, id, params, editHint, extraRows, traceMask: a voltage trace of the
+// output, no row.
+const ModelInfo kModels[] = {
+    {"V", MODEL_LG_V, kLevelParams, 0, 0, TRACE_V},
+    {"Pulse", MODEL_LG_PULSE, kPulseParams, 0, 0, TRACE_V},
+    {"Step", MODEL_LG_STEP, kStepParams, 0, 0, TRACE_V},
+    {"List", MODEL_LG_LIST, kListParams, 0, 0, TRACE_V},
+    {"File", MODEL_LG_FILE, kFileParams, 0, 0, TRACE_V},
+    {},
+};
+
+}  // namespace
+
+const ElemType kTypeY_LG = {"Y_LG", 1, &MakeCmp<CElemLG>, kModels, 0, "Logic generator"};
+
+bool IsTimedSignalModel(int32_t modelId) {
+  return modelId == MODEL_LG_PULSE || modelId == MODEL_LG_STEP || modelId == MODEL_LG_FILE ||
+         modelId == MODEL_LG_LIST;
+}
+
+void ArchiveLogicSignal(CXmlNode& archive, int32_t& active, CSignal& signal) {
+  archive.ArchiveInt("a", active);
+  archive.ArchiveValue("p", signal.Period);
+  archive.ArchiveValue("w", signal.Width);
+  archive.ArchiveValue("d", signal.Delay);
+  archive.ArchiveEncodedString("list", signal.PwlText);
+  archive.ArchiveEncodedString("file", signal.FileName);
+  archive.ArchiveInt("c", signal.Cycle);
+  if (!archive.storing) signal.Loaded = true;
+}
+
+std::string& SignalDelayICText(const CCmp& component, const CSignal& signal, std::string& out) {
+  out.clear();
+  if (IsTimedSignalModel(component.ModelId()))
+    out = component.GetFullName() + ".Delay=" + FormatNumber(signal.Delay.Value);
+  return out;
+}
+
+CElemLG::CElemLG(const ElemType& elemType) : CCmp(elemType) {}
+
+bool CElemLG::Serialize(CXmlNode& archive, bool customFlag) {
+  if (!SerializeBase(archive, customFlag)) return false;
+  ArchiveLogicSignal(archive, Active, Signal);
+  return true;
+}
+
+std::string& CElemLG::GetICText(std::string& out) { return SignalDelayICText(*this, Signal, out); }
+
+bool CElemLG::CheckParams() { return ReportNotSimulated(this); }
+
+// The output against ground, with no branch row.
+bool CElemLG::GetTraceInfo(int /*kind*/, int& nodeA, int& nodeB, int& row, double& value) {
+  nodeA = 0;
+  nodeB = pinCount > 0 ? pins[0] : 0;
+  row = 0;
+  value = 0.0;
+  return true;
+}
+
+}  // namespace tz4

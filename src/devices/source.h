@@ -1,0 +1,36 @@
+// CElemV: the independent voltage source "V_V" and current source "I_I".
+// Each holds a constant value or a time function (CSignal).
+#pragma once
+#include <cstdint>
+#include <string>
+
+#include "components/cmp.h"
+#include "components/signal.h"
+#include "expr/formula.h"
+
+namespace tz4 {
+
+class CElemV : public CCmp {
+ public:
+  explicit CElemV(const ElemType& elemType);
+
+  bool Serialize(CXmlNode& archive, bool customFlag) override;
+  std::string& GetICText(std::string& out) override;
+  bool CheckParams() override;
+
+  // Whether the present model is driven by the signal.
+  bool HasSignalModel() const;
+
+  CFormula Value;  // "v", 10: the constant of model "V" or "I"
+  CSignal Signal;  // child "Signal": every other setting
+};
+
+// Model id of the constant source.
+enum : int32_t {
+  MODEL_V_CONSTANT = 13,
+};
+
+extern const ElemType kTypeV_V;
+extern const ElemType kTypeI_I;
+
+}  // namespace tz4

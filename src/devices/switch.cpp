@@ -1,0 +1,219 @@
+#include "devices/switch.h"
+
+#include <cstring>
+
+#include "devices/logic_generator.h"
+#include "doc/xml_node.h"
+
+namespace tz4 {
+
+namespace {
+
+const char* const kSlopeNames[] = {"Linear", "Cos", "Log", nullptr};
+
+// --- controlled switches: voltage and current control ---
+
+const ParamDef kAnalogSwitchParams[] = {
+    {PK_VALUE, "Threshold", &BindMember<&CElemCS::Threshold>},
+    {PK_VALUE, "Hysteresis", &BindMember<&CElemCS::Hysteresis>},
+    {PK_ON_OFF, "Active", &BindMember<&CElemCS::Active>},
+    {PK_ON_OFF, "IC", &BindMember<&CElemCS::IC>},
+    {},
+};
+const ParamDef kAnalogPulseParams[] = {
+    {PK_VALUE, "Width", &BindMember<&CElemCS::Width>},
+    {PK_VALUE, "Threshold", &BindMember<&CElemCS::Threshold>},
+    {PK_ON_OFF, "Active", &BindMember<&CElemCS::Active>},
+    {},
+};
+const ParamDef kAnalogStepsParams[] = {
+    {PK_VALUE, "Threshold", &BindMember<&CElemCS::Threshold>},
+    {PK_VALUE, "Hysteresis", &BindMember<&CElemCS::Hysteresis>},
+    {PK_VALUE, "Roff", &BindMember<&CElemCS::Roff>},
+    {PK_VALUE, "Ron", &BindMember<&CElemCS::Ron>},
+    {PK_ENUM, "Slope", &BindMember<&CElemCS::Slope>},
+    {PK_VALUE, "Ramp", &BindMember<&CElemCS::Width>},
+    {PK_VALUE, "Steps", &BindMember<&CElemCS::Steps>},
+    {PK_ON_OFF, "IC", &BindMember<&CElemCS::IC>},
+    {},
+};
+
+// --- controlled switches: logic control, where the threshold is the
+// solver's logic threshold ---
+
+const ParamDef kLogicSwitchParams[] = {
+    {PK_ON_OFF, "Active", &BindMember<&CElemCS::Active>},
+    {PK_ON_OFF, "IC", &BindMember<&CElemCS::IC>},
+    {},
+};
+const ParamDef kLogicPulseParams[] = {
+    {PK_VALUE, "Width", &BindMember<&CElemCS::Width>},
+    {PK_ON_OFF, "Active", &BindMember<&CElemCS::Active>},
+    {},
+};
+const ParamDef kLogicStepsParams[] = {
+    {PK_VALUE, "Roff", &BindMember<&CElemCS::Roff>},
+    {PK_VALUE, "Ron", &BindMember<&CElemCS::Ron>},
+    {PK_ENUM, "Slope", &BindMember<&CElemCS::Slope>},
+    {PK_VALUE, "Ramp", &BindMember<&CElemCS::Width>},
+    {PK_VALUE, "Steps", &BindMember<&CElemCS::Steps>},
+    {PK_ON_OFF, "IC", &BindMember<&CElemCS::IC>},
+    {},
+};
+
+// name, id, params, editHint, extraRows, traceMask, helpId, external.
+// SPST types trace V, I and P; SPDT types none (their subcircuit P only).
+#define TZ4_CS_MODELS(table, switchParams, pulseParams, stepsParams, rows, mask, subMask) \
+  const ModelInfo table[] = {                                                             \
+      {"Switch", MODEL_SW_SWITCH, switchParams, 0, rows, mask},                           \
+      {"Pulse", MODEL_SW_PULSE, pulseParams, 0, rows, mask},                              \
+      {"Steps", MODEL_SW_STEP, stepsParams, 0, rows, mask},                               \
+      {"SubCir", MODEL_SUBCIR, nullptr, 0, 0, subMask, 0, 1},                             \
+      {},                                                                                 \
+  };
+
+TZ4_CS_MODELS(kVcsModels, kAnalogSwitchParams, kAnalogPulseParams, kAnalogStepsParams, 1, 7, 5)
+TZ4_CS_MODELS(kCcsModels, kAnalogSwitchParams, kAnalogPulseParams, kAnalogStepsParams, 2, 7, 5)
+TZ4_CS_MODELS(kLcsModels, kLogicSwitchParams, kLogicPulseParams, kLogicStepsParams, 1, 7, 5)
+TZ4_CS_MODELS(kVcs3Models, kAnalogSwitchParams, kAnalogPulseParams, kAnalogStepsParams, 2, 0, 4)
+TZ4_CS_MODELS(kCcs3Models, kAnalogSwitchParams, kAnalogPulseParams, kAnalogStepsParams, 3, 0, 4)
+TZ4_CS_MODELS(kLcs3Models, kLogicSwitchParams, kLogicPulseParams, kLogicStepsParams, 2, 0, 4)
+#undef TZ4_CS_MODELS
+
+// --- time-steered switches ---
+
+template <auto Field>
+ParamTarget BindField(CCmp& cmp) {
+  return BindSignalField<&CElemS::Signal, Field>(cmp);
+}
+
+const ParamDef kTimedSwitchParams[] = {
+    {PK_ON_OFF, "Switch", &BindMember<&CElemS::Active>},
+    {},
+};
+const ParamDef kTimedPulseParams[] = {
+    {PK_VALUE, "Period", &BindField<&CSignal::Period>},
+    {PK_VALUE, "Width", &BindField<&CSignal::Width>},
+    {PK_VALUE, "Delay", &BindField<&CSignal::Delay>},
+    {PK_ON_OFF, "Active", &BindMember<&CElemS::Active>},
+    {},
+};
+const ParamDef kTimedStepParams[] = {
+    {PK_VALUE, "Delay", &BindField<&CSignal::Delay>},
+    {PK_ON_OFF, "Active", &BindMember<&CElemS::Active>},
+    {},
+};
+const ParamDef kTimedListParams[] = {
+    {PK_SWITCH_LIST, "List", &BindField<&CSignal::PwlText>},
+    {PK_YES_NO, "Cycle", &BindField<&CSignal::Cycle>},
+    {PK_VALUE, "Delay", &BindField<&CSignal::Delay>},
+    {},
+};
+const ParamDef kTimedFileParams[] = {
+    {PK_DATA_FILE, "File", &BindField<&CSignal::FileName>},
+    {PK_YES_NO, "Cycle", &BindField<&CSignal::Cycle>},
+    {PK_VALUE, "Delay", &BindField<&CSignal::Delay>},
+    {},
+};
+
+#define TZ4_S_MODELS(table, rows, mask, subMask)                     \
+  const ModelInfo table[] = {                                        \
+      {"Switch", MODEL_SW_SWITCH, kTimedSwitchParams, 0, rows, mask}, \
+      {"Pulse", MODEL_SW_PULSE, kTimedPulseParams, 0, rows, mask},   \
+      {"Step", MODEL_SW_STEP, kTimedStepParams, 0, rows, mask},      \
+      {"List", MODEL_SW_LIST, kTimedListParams, 0, rows, mask},      \
+      {"File", MODEL_SW_FILE, kTimedFileParams, 0, rows, mask},      \
+      {"SubCir", MODEL_SUBCIR, nullptr, 0, 0, subMask, 0, 1},        \
+      {},                                                            \
+  };
+
+TZ4_S_MODELS(kSModels, 1, 7, 5)
+TZ4_S_MODELS(kS3Models, 2, 0, 4)
+#undef TZ4_S_MODELS
+
+const char* OnOff(int32_t flag) { return flag != 0 ? "on" : "off"; }
+
+}  // namespace
+
+const ElemType kTypeS_VCS = {"S_VCS", 4, &MakeCmp<CElemCS>, kVcsModels, 0,
+                             "Voltage controlled\nswitch"};
+const ElemType kTypeS_CCS = {"S_CCS", 4, &MakeCmp<CElemCS>, kCcsModels, 0,
+                             "Current controlled\nswitch"};
+const ElemType kTypeS_LCS = {"S_LCS", 3, &MakeCmp<CElemCS>, kLcsModels, 0,
+                             "Logic controlled\nswitch"};
+const ElemType kTypeS_VCS3 = {"S_VCS3", 5, &MakeCmp<CElemCS>, kVcs3Models, 0,
+                              "SPDT voltage\ncontrolled switch"};
+const ElemType kTypeS_CCS3 = {"S_CCS3", 5, &MakeCmp<CElemCS>, kCcs3Models, 0,
+                              "SPDT current\ncontrolled switch"};
+const ElemType kTypeS_LCS3 = {"S_LCS3", 4, &MakeCmp<CElemCS>, kLcs3Models, 0,
+                              "SPDT logic\ncontrolled switch"};
+const ElemType kTypeS_S = {"S_S", 2, &MakeCmp<CElemS>, kSModels, 0, "Switch"};
+const ElemType kTypeS_S3 = {"S_S3", 3, &MakeCmp<CElemS>, kS3Models, 0, "SPDT switch"};
+
+// ---------------------------------------------------------------- CElemCS
+
+CElemCS::CElemCS(const ElemType& elemType)
+    : CCmp(elemType),
+      Threshold(5.0),
+      Hysteresis(0.0),
+      Width(0.1),
+      Roff(1000.0),
+      Ron(1.0),
+      Steps(10.0),
+      Slope{0, kSlopeNames} {}
+
+bool CElemCS::Serialize(CXmlNode& archive, bool customFlag) {
+  if (!SerializeBase(archive, customFlag)) return false;
+  archive.ArchiveInt("a", Active);
+  archive.ArchiveValue("thr", Threshold);
+  archive.ArchiveValue("hyst", Hysteresis);
+  archive.ArchiveInt("ic", IC);
+  archive.ArchiveValue("width", Width);
+  archive.ArchiveValue("roff", Roff);
+  archive.ArchiveValue("ron", Ron);
+  archive.ArchiveValue("steps", Steps);
+  archive.ArchiveInt("slope", Slope.Index);
+  return true;
+}
+
+std::string& CElemCS::GetICText(std::string& out) {
+  out.clear();
+  const int32_t model = ModelId();
+  if (model == MODEL_SW_SWITCH || model == MODEL_SW_STEP)
+    out = GetFullName() + ".IC=" + OnOff(IC);
+  return out;
+}
+
+bool CElemCS::CheckParams() { return ReportNotSimulated(this); }
+
+// Only the control of the single-contact logic switch is a logic pin; the
+// control of the SPDT logic switch stays a matrix pin.
+int CElemCS::IsMatrixPin(int pin) {
+  return pin == 2 && std::strcmp(type->tag, "S_LCS") == 0 ? 0 : 1;
+}
+
+bool CElemCS::GetTraceInfo(int kind, int& nodeA, int& nodeB, int& row, double& value) {
+  CCmp::GetTraceInfo(kind, nodeA, nodeB, row, value);
+  return ModelId() != MODEL_SUBCIR || kind == 0 || kind == 6;
+}
+
+// ----------------------------------------------------------------- CElemS
+
+CElemS::CElemS(const ElemType& elemType) : CCmp(elemType) {}
+
+bool CElemS::Serialize(CXmlNode& archive, bool customFlag) {
+  if (!SerializeBase(archive, customFlag)) return false;
+  ArchiveLogicSignal(archive, Active, Signal);
+  return true;
+}
+
+std::string& CElemS::GetICText(std::string& out) { return SignalDelayICText(*this, Signal, out); }
+
+bool CElemS::CheckParams() { return ReportNotSimulated(this); }
+
+bool CElemS::GetTraceInfo(int kind, int& nodeA, int& nodeB, int& row, double& value) {
+  CCmp::GetTraceInfo(kind, nodeA, nodeB, row, value);
+  return ModelId() != MODEL_SUBCIR || kind == 0 || kind == 6;
+}
+
+}  // namespace tz4

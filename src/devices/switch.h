@@ -1,0 +1,75 @@
+// Switches. CElemCS is steered by a voltage, a current or a logic level, as a
+// plain switch, a timed pulse, or a resistance that travels in steps.
+// CElemS is steered by time alone through a signal. The three-pin (SPDT) form
+// of each adds a second contact that is closed while the first is open.
+#pragma once
+#include <cstdint>
+#include <string>
+
+#include "components/cmp.h"
+#include "components/signal.h"
+#include "expr/formula.h"
+
+namespace tz4 {
+
+class CElemCS : public CCmp {
+ public:
+  explicit CElemCS(const ElemType& elemType);
+
+  bool Serialize(CXmlNode& archive, bool customFlag) override;
+  std::string& GetICText(std::string& out) override;
+  bool CheckParams() override;
+  int IsMatrixPin(int pin) override;
+  bool GetTraceInfo(int kind, int& nodeA, int& nodeB, int& row, double& value) override;
+
+  // Parameters, in archive order.
+  int32_t Active = 1;    // "a": the contact state that the control's high side selects
+  CFormula Threshold;    // "thr"
+  CFormula Hysteresis;   // "hyst": full width of the band around the threshold
+  int32_t IC = 0;        // "ic": contact state at the start
+  CFormula Width;        // "width": pulse length; the whole time of a travel ("Ramp")
+  CFormula Roff;         // "roff": resistance at step 0
+  CFormula Ron;          // "ron": resistance at the last step
+  CFormula Steps;        // "steps"
+  CEnumValue Slope;      // "slope": "Linear", "Cos", "Log"
+
+  // Run state.
+  int32_t contact = 0;
+  double eventTime = 0.0;
+  int32_t armed = 0;
+  int32_t stepIndex = 0;
+  int32_t stepCount = 0;
+};
+
+class CElemS : public CCmp {
+ public:
+  explicit CElemS(const ElemType& elemType);
+
+  bool Serialize(CXmlNode& archive, bool customFlag) override;
+  std::string& GetICText(std::string& out) override;
+  bool CheckParams() override;
+  bool GetTraceInfo(int kind, int& nodeA, int& nodeB, int& row, double& value) override;
+
+  int32_t Active = 1;  // "a": the contact state of "Switch"; 0 inverts a timed model
+  CSignal Signal;      // the time function, archived on the component itself
+};
+
+// Model ids of the switch families.
+enum : int32_t {
+  MODEL_SW_PULSE = 2,
+  MODEL_SW_STEP = 3,  // "Steps" of CElemCS, "Step" of CElemS
+  MODEL_SW_FILE = 6,
+  MODEL_SW_LIST = 8,
+  MODEL_SW_SWITCH = 14,
+};
+
+extern const ElemType kTypeS_VCS;
+extern const ElemType kTypeS_CCS;
+extern const ElemType kTypeS_LCS;
+extern const ElemType kTypeS_VCS3;
+extern const ElemType kTypeS_CCS3;
+extern const ElemType kTypeS_LCS3;
+extern const ElemType kTypeS_S;
+extern const ElemType kTypeS_S3;
+
+}  // namespace tz4

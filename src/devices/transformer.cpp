@@ -1,0 +1,106 @@
+#include "devices/transformer.h"
+
+#include <cstring>
+
+#include "doc/xml_node.h"
+
+namespace tz4 {
+
+namespace {
+
+constexpr int32_t kWindingMask = TRACE_V | TRACE_I | TRACE_P;
+// The first extra row of a transformer is its core, not a winding current:
+// only the voltage across the first pins is a meaningful trace.
+constexpr int32_t kTransformerMask = TRACE_V;
+constexpr int32_t kSubCirMask = TRACE_V | TRACE_P;
+
+const ParamDef kWindingParams[] = {
+    {PK_VALUE, "n", &BindMember<&CElemW::N1>},
+    {},
+};
+const ParamDef kTransformerParams[] = {
+    {PK_VALUE, "n1", &BindMember<&CElemW::N1>},
+    {PK_VALUE, "n2", &BindMember<&CElemW::N2>},
+    {},
+};
+
+// --- model tables: name, id, params, editHint, extraRows, traceMask ---
+
+const ModelInfo kWindingModels[] = {
+    {"Winding", MODEL_W_TRANSFORMER, kWindingParams, 0, 1, kWindingMask},
+    {},
+};
+const ModelInfo kT2Models[] = {
+    {"Transformer", MODEL_W_TRANSFORMER, kTransformerParams, 0, 3, kTransformerMask},
+    {"SubCir", MODEL_SUBCIR, nullptr, 0, 0, kSubCirMask, 0, 1},
+    {},
+};
+const ModelInfo kT3Models[] = {
+    {"Transformer", MODEL_W_TRANSFORMER, kTransformerParams, 0, 4, kTransformerMask},
+    {"SubCir", MODEL_SUBCIR, nullptr, 0, 0, kSubCirMask, 0, 1},
+    {},
+};
+// The table and the row count of W_CUSTOM depend on its windings.
+const ModelInfo kCustomModels[] = {
+    {"Transformer", MODEL_W_TRANSFORMER, nullptr, 0, 0, kTransformerMask},
+    {"SubCir", MODEL_SUBCIR, nullptr, 0, 0, kSubCirMask, 0, 1},
+    {},
+};
+
+}  // namespace
+
+const ElemType kTypeW_W = {"W_W", 3, &MakeCmp<CElemW>, kWindingModels, 0, "Winding"};
+const ElemType kTypeW_T2 = {"W_T2", 4, &MakeCmp<CElemW>, kT2Models, 0, "Transformer"};
+const ElemType kTypeW_T3 = {"W_T3", 5, &MakeCmp<CElemW>, kT3Models, 0, "Differential\ntransformer"};
+const ElemType kTypeW_CUSTOM = {"W_CUSTOM", 0, &MakeCmp<CElemW>, kCustomModels, 0, "Custom\ntransformer"};
+
+CElemW::CElemW(const ElemType& elemType) : CCmp(elemType) {
+  N1.Value = 1.0;
+  N2.Value = 1.0;
+}
+
+bool CElemW::IsCustom() const {
+  return type != nullptr && type->tag != nullptr && std::strcmp(type->tag, "W_CUSTOM") == 0;
+}
+
+void CElemW::SetWindingCount(int32_t count) {
+  if (count < 0) count = 0;
+  if (count == WindingCount && CustomTurns.size() == static_cast<size_t>(count)) return;
+  WindingCount = count;
+  CustomNames.clear();
+  CustomTurns.clear();
+  CustomTurns.resize(static_cast<size_t>(count));
+  for (CFormula& turns : CustomTurns) turns.Value = 1.0;
+  for (int32_t k = 0; k < count; k++) CustomNames.push_back("n" + std::to_string(k + 1));
+}
+
+bool CElemW::Serialize(CXmlNode& archive, bool customFlag) {
+  if (!SerializeBase(archive, customFlag)) return false;
+  archive.ArchiveValue("w", N1);
+  archive.ArchiveValue("w1", N2);
+  if (IsCustom()) {
+    for (size_t k = 0; k < CustomTurns.size(); k++) archive.ArchiveValue(CustomNames[k], CustomTurns[k]);
+  }
+  return true;
+}
+
+bool CElemW::CheckParams() {
+  // A subcircuit is replaced by its contents; the device itself does nothing.
+  if (ModelId() == MODEL_SUBCIR) return true;
+  return ReportNotSimulated(this);
+}
+
+CParamTable CElemW::BindParams() {
+  if (!IsCustom() || ModelId() != MODEL_W_TRANSFORMER) return CCmp::BindParams();
+  CParamTable table;
+  for (size_t k = 0; k < CustomTurns.size(); k++)
+    table.emplace_back(PK_VALUE, CustomNames[k].c_str(), ParamTarget(&CustomTurns[k]));
+  return table;
+}
+
+int32_t CElemW::GetExtraRows() {
+  if (IsCustom() && ModelId() == MODEL_W_TRANSFORMER) return WindingCount + 1;
+  return CCmp::GetExtraRows();
+}
+
+}  // namespace tz4

@@ -1,0 +1,197 @@
+// CCalc: the solver. Turns the components of a run into one dense linear
+// system
+//
+//     A x + B dx/dt + c + s(t) = 0
+//
+// and solves it: a full solve per step, a pair solve for the initial
+// conditions, a kept factorisation for steady stepping, and the resolution of
+// the devices' switching states.
+//
+// Index 0 of every vector is ground and is never solved; column 0 of A and B
+// is scratch room for the constant term. `x` holds ground, the matrix nodes,
+// the extra rows, and behind `dim` the logic nodes, which no equation has.
+//
+// Storage: both matrices live in one contiguous block, A first. Rows are
+// reached through the row pointers `A[i]`, `B[i]` (and `maskA[i]`, `maskB[i]`
+// for the masks), so a row swap is a pointer swap. Devices write coefficients
+// straight into the rows: `calc.A[r][col] += g`.
+#pragma once
+#include <cstdint>
+#include <ctime>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace tz4 {
+
+class CDoc;
+class CCmp;
+class CCmps;
+
+class CCalc {
+ public:
+  explicit CCalc(CDoc* document = nullptr);
+  virtual ~CCalc();
+  CCalc(const CCalc&) = delete;
+  CCalc& operator=(const CCalc&) = delete;
+
+  // ---- building the system ----
+  // Appends one collection to the run list: offsets its node numbers by
+  // `nodeBase`, sends STAMP_RESET to components whose model changed and
+  // STAMP_INIT to all. 0, or the last non-zero code; -2 stops the walk.
+  int AddComponents(CCmps& collection);
+  // Empties the run list and sets `nodeBase` to 0.
+  void ClearRunList();
+  // Unifies the node pairs in `merges` (the smaller number survives).
+  void MergeNodes();
+  // Renumbers the pins: matrix nodes 1..M, extra rows M+1.., logic nodes
+  // from `dim`. Sets `firstRow` of every component, `dim` and `total`.
+  void NumberNodes();
+  // False with `error` "no enough memory" or "schematic too big".
+  bool AllocateSystem();
+  void FreeSystem();
+  // Zeroes both matrices, c, s, sB, the masks, rowMark and rowFree.
+  void ClearSystem();
+
+  // ---- component loops (model 7 components are skipped) ----
+  bool StampMatrices(double t);
+  bool StampSources(double t);
+  void AcceptAll();
+  int AdjustIC();
+  bool SampleAll(double t);
+  void SaveIC();
+  void NextEvent(double t, double& nextTime, double& maxStep);
+
+  // ---- matrix primitives; a, b, ctrl nodes, r a row ----
+  void StampConductance(int a, int b, double R);
+  bool StampVSource(int a, int b, int r, double v);
+  bool StampOutVoltage(int a, int b, int r, double v);
+  void StampISource(int a, int b, int r, double i);
+  void StampOutCurrent(int a, int b, int r, double i);
+  void StampResistor(int a, int b, int r, double R);
+  void StampTransconductance(int a, int b, int c, int d, int r, double g);
+  void StampGainVV(int a, int b, int c, int d, int r, double g);
+  void StampGainVI(int a, int b, int r, int ctrl, double g);
+  void StampCurrentGain(int a, int b, int r, int ctrl, double g);
+  void StampClamp(int a, int b, int r, bool on, double v);
+  void StampLogicOutput(int node, int level);
+  // Whether an ideal clamp (diode, switch) must change its state; moves
+  // `state` when `apply` is set.
+  bool CheckClamp(bool apply, int32_t& state, int a, int b, int r, double von, double voff,
+                  bool twoSided);
+  // Solution value at a node or row; 0 for ground, unconnected pins and
+  // numbers outside the vector.
+  double V(int node) const {
+    return node > 0 && node < static_cast<int>(x.size()) ? x[static_cast<size_t>(node)] : 0.0;
+  }
+
+  // ---- set-ups of one solve ----
+  // stampMode 0 (euler false) or backward Euler (euler true), then Solve.
+  bool StepAlgebraic(double t, double h, bool euler = false);
+  bool StepEuler(double t, double h) { return StepAlgebraic(t, h, true); }
+  bool StepTrapezoid(double t, double h);
+  bool FactorTrapezoid(double t, double h);
+  bool StepFactored(double t);
+  // -1 if a stamp failed, else the result of SolveIC.
+  int SolveInitial(double t, bool mark, bool final);
+
+  // ---- solvers ----
+  // Solves A x + A(.,0) = 0 with the constant term taken from x. 0 solved,
+  // 1 some unknown free, -1 a contradiction; details in rowMark.
+  int Solve();
+  // Factorises A, carrying B and c along; keeps rowMark.
+  int Factor();
+  // The pair solve of the initial conditions; 0, 1 (infinite unknowns) or 99
+  // (neighbours newly marked to be forced).
+  int SolveIC(bool mark);
+  // matrix(to, .) -= f * matrix(from, .) over the mask of row `from`.
+  void RowSubtract(std::vector<double*>& matrix, std::vector<uint8_t*>& mask, int from, int to,
+                   double f);
+
+  // ---- switching resolution ----
+  // 0 solved; -1 no solution; -2 out of memory; -3 node at infinity;
+  // -10 stamp failure; -99 time-out.
+  int Calculate(double t, double h, bool euler, bool onlySwitched);
+  bool CheckAll(bool apply);
+  int CheckCycle();
+  std::string NamesAtRow(int row) const;
+  // Sets forceIC on the components that share a node with component `index`
+  // of the run list; 99 if any was newly set, else 0.
+  int MarkNeighbours(size_t index);
+  bool PushHistory();
+  void ResetHistory();
+
+  // ---- settings reached through the document ----
+  double Zero() const;
+  int32_t Timeout() const;
+
+  // ---- fields ----
+  CDoc* doc = nullptr;
+  std::vector<CCmp*> cmps;  // the flat run list; owns nothing
+  double step = 0.0;
+  double low = 0.0, high = 5.0, thr = 2.5;
+  bool os = false;
+  int32_t stampMode = 0;
+  bool icPass = false;
+  int32_t lineUpdate = 0;
+  int32_t pass = 0;
+  int32_t nodeBase = 0;
+  std::string error;
+  std::string cause;
+  double stepStart = 0.0;
+  double lastTime = 0.0;
+  bool icSaved = false;
+  std::vector<std::pair<int32_t, int32_t>> merges;
+  int32_t dim = 0;
+  int32_t total = 0;
+  bool rebuild = false;
+
+  std::vector<uint8_t*> maskB, maskA;  // row pointers into maskStorage
+  std::unique_ptr<double[]> storage;   // 2 * dim * dim, A first
+  std::vector<double*> A, B;           // row pointers into storage
+  std::vector<double> s, sB, x, sPrev, xPrev, c;
+  std::vector<uint8_t> rowMark;  // 0 solved, 1 free / varying source, 255 contradiction
+  std::vector<uint8_t> rowFree;
+
+  std::vector<int32_t*> history;  // one array of states per round
+  int32_t historyUsed = 0;
+  int32_t historyCap = 0;
+  int32_t historyChunk = 10;
+  bool onlySwitched = false;
+
+  // Processor clock at the start of the present call into the driver; the
+  // time-out of Calculate counts from it.
+  std::clock_t runClock = 0;
+
+ private:
+  // Writes into A, ignoring indices outside the matrix (unconnected pins).
+  void AddA(int r, int col, double v);
+  void SetA(int r, int col, double v);
+  void SetC(int r, double v);
+  bool InMatrix(int i) const { return i >= 0 && i < dim; }
+
+  // Elimination helpers shared by the solvers.
+  int FindPivot(int k, const std::vector<uint8_t*>& mask, const std::vector<double*>& m,
+                bool bothDiagonalsClear) const;
+  void SwapRows(int r, int k, bool withB, bool withC);
+  bool Eligible(int r, int k, bool bothDiagonals) const;
+
+  // Lists the columns of B that a steady step has to visit.
+  void FindStepColumns();
+
+  // Subcircuit flattening of a model 7 component; 0, or -2 to stop the walk.
+  int ExpandSubcircuit(CCmp& component);
+  void StatesToTop();
+  std::vector<size_t> ComponentsAtRow(int row) const;
+
+  std::unique_ptr<uint8_t[]> maskStorage;  // 2 * dim * dim, maskA first
+  std::vector<int> colsA, colsB;           // masked columns of a pivot row
+  std::vector<double> work;                // the vector of StepFactored
+  std::vector<int> stepColumns;            // non-zero columns of the factorised B
+  bool stepColumnsValid = false;
+  std::vector<std::unique_ptr<int32_t[]>> historyBlocks;
+  size_t historyWidth = 0;
+};
+
+}  // namespace tz4

@@ -1,0 +1,268 @@
+// The component base: file element, model lookup, parameter binding,
+// reporting, and the global type list.
+#include <gtest/gtest.h>
+
+#include <string>
+#include <variant>
+#include <vector>
+
+#include "api/last_error.h"
+#include "components/cmp.h"
+#include "components/elem_type.h"
+#include "doc/xml_node.h"
+#include "test_cmp.h"
+
+namespace tz4 {
+namespace {
+
+using testing::CTestCmp;
+using testing::kTestCustomType;
+using testing::kTestType;
+using testing::MakeTestCmp;
+
+// Loads a component of the test type from the text of its element.
+std::unique_ptr<CTestCmp> LoadCmp(const std::string& element, bool* result = nullptr,
+                                  const ElemType& type = kTestType) {
+  CXmlNode node("Cmp");
+  EXPECT_EQ(node.LoadFromText(element), 0);
+  auto cmp = std::make_unique<CTestCmp>(type);
+  bool ok = cmp->Serialize(node, false);
+  if (result != nullptr) *result = ok;
+  return cmp;
+}
+
+std::string StoreCmp(CCmp& cmp) {
+  CXmlNode node("Cmp");
+  EXPECT_TRUE(cmp.Serialize(node, false));
+  return node.WriteInline();
+}
+
+TEST(CmpBase, ConstructorTakesTypeAndPins) {
+  CTestCmp cmp(kTestType);
+  EXPECT_EQ(cmp.type, &kTestType);
+  EXPECT_EQ(cmp.models, testing::kTestModels);
+  EXPECT_EQ(cmp.pinCount, 2);
+  EXPECT_EQ(cmp.pins, (std::vector<int32_t>{0, 0}));
+  EXPECT_EQ(cmp.modelIndex, -1);
+  EXPECT_EQ(cmp.GetModel(), nullptr);
+  EXPECT_EQ(cmp.ModelId(), 0);
+  cmp.pins[0] = 5;
+  cmp.SetPinCount(2);  // same count: pins stay
+  EXPECT_EQ(cmp.pins[0], 5);
+  cmp.SetPinCount(3);
+  EXPECT_EQ(cmp.pins, (std::vector<int32_t>{0, 0, 0}));
+  cmp.SetPinCount(-1);
+  EXPECT_TRUE(cmp.pins.empty());
+}
+
+TEST(CmpBase, FullNameAndReports) {
+  auto cmp = MakeTestCmp("R1");
+  EXPECT_EQ(cmp->GetFullName(), "R1");
+  cmp->path = "X1.X2";
+  EXPECT_EQ(cmp->GetFullName(), "X1.X2.R1");
+  SetLastError("prefix: ");
+  EXPECT_FALSE(ComponentError(cmp.get(), "Roff <= 0"));
+  EXPECT_FALSE(ComponentError(nullptr, "ignored"));
+  EXPECT_FALSE(ReportNotSimulated(cmp.get()));
+  EXPECT_EQ(LastError(),
+            "prefix: X1.X2.R1 : Roff <= 0; pcmp = NULLX1.X2.R1 : type T_TEST cannot be simulated yet; ");
+}
+
+TEST(CmpBase, FindParamBindsThisComponent) {
+  auto a = MakeTestCmp("A");
+  auto b = MakeTestCmp("B");
+  CParam pa, pb;
+  ASSERT_TRUE(a->FindParam("r", pa));
+  ASSERT_TRUE(b->FindParam("R", pb));
+  EXPECT_STREQ(pa.Name, "R");
+  EXPECT_EQ(std::get<CFormula*>(pa.Value), &a->R);
+  EXPECT_EQ(std::get<CFormula*>(pb.Value), &b->R);
+  ASSERT_TRUE(a->FindParam("", pa));  // empty name: the first row
+  EXPECT_STREQ(pa.Name, "R");
+  ASSERT_TRUE(a->FindParam("MODE", pa));
+  EXPECT_EQ(std::get<CEnumValue*>(pa.Value), &a->Mode);
+  EXPECT_FALSE(a->FindParam("nonsense", pa));
+  EXPECT_EQ(a->FindParamIndex("ic"), 2);
+  EXPECT_EQ(a->FindParamIndex("nonsense"), -1);
+  auto plain = MakeTestCmp("P", "Plain");  // model without a table
+  EXPECT_FALSE(plain->FindParam("", pa));
+  EXPECT_TRUE(plain->BindParams().empty());
+  CTestCmp unresolved(kTestType);
+  EXPECT_TRUE(unresolved.BindParams().empty());
+}
+
+TEST(CmpBase, DefaultRowsAndTraceInfo) {
+  auto cmp = MakeTestCmp("R1");
+  EXPECT_EQ(cmp->GetExtraRows(), 2);
+  cmp->pins = {3, 4};
+  cmp->firstRow = 7;
+  int a = 0, b = 0, row = 0;
+  double value = 1;
+  EXPECT_TRUE(cmp->GetTraceInfo(0, a, b, row, value));
+  EXPECT_EQ(a, 3);
+  EXPECT_EQ(b, 4);
+  EXPECT_EQ(row, 7);
+  EXPECT_EQ(value, 0.0);
+  CTestCmp custom(kTestCustomType);
+  EXPECT_TRUE(custom.GetTraceInfo(0, a, b, row, value));
+  EXPECT_EQ(a, -1);
+  EXPECT_EQ(b, -1);
+  EXPECT_EQ(custom.GetExtraRows(), 0);
+}
+
+TEST(CmpSerialize, LoadsCommonPart) {
+  bool ok = false;
+  auto cmp = LoadCmp(
+      "<Cmp type=\"T_TEST\" id=\"12\" name=\"R+1\" file_name=\"a%2fb\" view=\"3\" group=\"g\" "
+      "node0=\"4\" node1=\"-1\" model=\"Linear\" r=\"2.5\" />",
+      &ok);
+  EXPECT_TRUE(ok);
+  EXPECT_EQ(cmp->id, 12);
+  EXPECT_EQ(cmp->name, "R 1");
+  EXPECT_EQ(cmp->fileName, "a/b");
+  EXPECT_EQ(cmp->view, 3);
+  EXPECT_EQ(cmp->group, "g");
+  EXPECT_EQ(cmp->pins, (std::vector<int32_t>{4, -1}));
+  EXPECT_EQ(cmp->modelIndex, 0);
+  EXPECT_DOUBLE_EQ(cmp->R.Value, 2.5);
+}
+
+TEST(CmpSerialize, StoresInFileOrder) {
+  auto cmp = MakeTestCmp("R 1");
+  cmp->id = 2;
+  cmp->pins = {1, 0};
+  EXPECT_EQ(StoreCmp(*cmp),
+            "<Cmp type=\"T_TEST\" id=\"2\" name=\"R+1\" file_name=\"\" view=\"0\" node0=\"1\" "
+            "node1=\"0\" model=\"Linear\" r=\"1\" k=\"2\" ic=\"\" />");
+  cmp->group = "G";
+  cmp->modelIndex = 1;  // a table model writes its table
+  EXPECT_EQ(StoreCmp(*cmp),
+            "<Cmp type=\"T_TEST\" id=\"2\" name=\"R+1\" file_name=\"\" view=\"0\" group=\"G\" "
+            "node0=\"1\" node1=\"0\" model=\"PWL\" pwl=\"1.0\" pwlf=\"\" pwlm=\"0\" r=\"1\" k=\"2\" "
+            "ic=\"\" />");
+}
+
+TEST(CmpSerialize, TableIsWrittenForTableModelsOrAfterAParse) {
+  auto cmp = MakeTestCmp("R1");
+  EXPECT_EQ(StoreCmp(*cmp).find("pwl"), std::string::npos);
+  cmp->pwl.Changed = true;
+  EXPECT_NE(StoreCmp(*cmp).find("pwl=\"1.0\""), std::string::npos);
+}
+
+TEST(CmpSerialize, UnknownModelEndsTheLoad) {
+  SetLastError("");
+  bool ok = true;
+  auto cmp = LoadCmp("<Cmp name=\"R1\" node0=\"1\" model=\"linear\" r=\"5\" />", &ok);
+  EXPECT_FALSE(ok);
+  EXPECT_EQ(LastError(), "Model 'linear' not found for R1");
+  EXPECT_EQ(cmp->modelIndex, -1);
+  EXPECT_EQ(cmp->pins[0], 1);         // read before the model
+  EXPECT_DOUBLE_EQ(cmp->R.Value, 1.0);  // not read
+}
+
+TEST(CmpSerialize, BusReadsAsLinear) {
+  bool ok = false;
+  auto cmp = LoadCmp("<Cmp name=\"B1\" model=\"Bus\" />", &ok);
+  EXPECT_TRUE(ok);
+  EXPECT_EQ(cmp->modelIndex, 0);
+  EXPECT_NE(StoreCmp(*cmp).find("model=\"Linear\""), std::string::npos);
+}
+
+TEST(CmpSerialize, BusOnATypeWithoutLinear) {
+  static const ModelInfo models[] = {{"R", 9}, {}};
+  static const ElemType type{"T_NOLIN", 2, &MakeCmp<CTestCmp>, models};
+  SetLastError("");
+  bool ok = true;
+  LoadCmp("<Cmp name=\"Q7\" model=\"Bus\" />", &ok, type);
+  EXPECT_FALSE(ok);
+  EXPECT_EQ(LastError(), "Model 'Linear' not found for Q7");
+}
+
+TEST(CmpSerialize, UnmirroredTableTextIsRewrittenOnLoad) {
+  auto cmp = LoadCmp("<Cmp name=\"R1\" model=\"PWL\" pwl=\"n,1,1,2\" pwlf=\"a+b\" pwlm=\"2\" />");
+  EXPECT_EQ(cmp->pwl.Text, "1,0,1,1,2");
+  EXPECT_EQ(cmp->pwl.FormulaText, "a b");
+  EXPECT_EQ(cmp->pwl.Mode, 2);
+}
+
+TEST(CmpSerialize, CustomPinsComeFromTheElement) {
+  auto cmp = LoadCmp("<Cmp name=\"X1\" node0=\"1\" node1=\"2\" node2=\"3\" model=\"Linear\" />", nullptr,
+                     kTestCustomType);
+  EXPECT_EQ(cmp->pinCount, 3);
+  EXPECT_EQ(cmp->pins, (std::vector<int32_t>{1, 2, 3}));
+  EXPECT_NE(StoreCmp(*cmp).find("node2=\"3\""), std::string::npos);
+}
+
+TEST(CmpSerialize, UnreadChildrenRoundTrip) {
+  const std::string element =
+      "<Cmp type=\"T_TEST\" id=\"1\" name=\"X1\" file_name=\"\" view=\"0\" node0=\"1\" node1=\"2\" "
+      "model=\"SubCir\" r=\"1\" k=\"2\" ic=\"\">"
+      "<Custom w=\"2\" h=\"3\"><Ins><In name=\"a\" /></Ins></Custom>"
+      "<SubCir file=\"inner\" label1=\"A\" cmd=\"R1.R=5\" ic=\"\" />"
+      "<Attachment><TZ4><Doc><Cmps /></Doc></TZ4></Attachment>"
+      "</Cmp>";
+  auto cmp = LoadCmp(element);
+  EXPECT_EQ(cmp->attachment, "<TZ4><Doc><Cmps /></Doc></TZ4>");
+  EXPECT_EQ(StoreCmp(*cmp), element);
+}
+
+TEST(CmpSerialize, AttachmentTextIsEncoded) {
+  auto cmp = MakeTestCmp("R1");
+  cmp->attachment = "note <1>";
+  const std::string stored = StoreCmp(*cmp);
+  EXPECT_NE(stored.find("<Attachment>note+%3c1%3e</Attachment>"), std::string::npos);
+  CXmlNode node("Cmp");
+  ASSERT_EQ(node.LoadFromText(stored), 0);
+  CTestCmp back(kTestType);
+  ASSERT_TRUE(back.Serialize(node, false));
+  EXPECT_EQ(back.attachment, "note <1>");
+}
+
+TEST(CmpSerialize, CustomFlagSkipsIdentityAndPins) {
+  auto cmp = MakeTestCmp("R1");
+  cmp->id = 9;
+  CXmlNode node("Cmp");
+  ASSERT_TRUE(cmp->Serialize(node, true));
+  EXPECT_EQ(node.WriteInline(), "<Cmp model=\"Linear\" r=\"1\" k=\"2\" ic=\"\" />");
+}
+
+// The tags of the global type list, in their fixed order.
+const char* const kOrder[] = {
+    "R_R", "R_Pot", "R_VCR", "R_CCR", "C_C", "C_VCC", "C_CCC", "L_L", "L_VCL", "L_CCL", "L_CL",
+    "L_CUSTOM", "D_D", "D_Z", "D_ZS", "D_BR", "D_LCT", "D_VCT", "D_CCT", "V_V", "V_VCVS", "V_CCVS",
+    "V_VM", "I_I", "I_VCCS", "I_CCCS", "S_S", "S_LCS", "S_VCS", "S_CCS", "S_S3", "S_LCS3", "S_VCS3",
+    "S_CCS3", "A_A", "O_O", "O_OD", "O_OS", "O_VCG", "O_CCG", "T_TNPN", "T_TPNP", "T_NFET", "T_PFET",
+    "X_Delay", "F_1", "F_2", "F_CUSTOM", "W_W", "W_T2", "W_T3", "W_CUSTOM", "W_WM", "Y_1", "Y_2",
+    "Y_3", "Y_CUSTOM", "Y_FUNCTION", "Y_BUS", "Y_FF", "Y_RS", "Y_JK", "Y_ST", "Y_LG", "X_Line",
+    "X_SH", "X_DC", "X_B2", "X_B3", "X_B4", "X_B6", "X_B8", "X_CUSTOM", "X_TZ4", "X_C", "X_DLL"};
+
+TEST(ElemSet, TypesStandInTheFixedOrder) {
+  const CElemSet& set = CElemSet::Instance();
+  size_t next = 0;
+  for (const ElemType* type : set.Types()) {
+    while (next < std::size(kOrder) && std::string(kOrder[next]) != type->tag) next++;
+    ASSERT_LT(next, std::size(kOrder)) << type->tag << " out of order or not a listed tag";
+    EXPECT_EQ(set.Find(type->tag), type);
+    next++;
+  }
+}
+
+TEST(ElemSet, CreateComparesTagsExactly) {
+  const CElemSet& set = CElemSet::Instance();
+  EXPECT_EQ(set.Create("NO_SUCH"), nullptr);
+  EXPECT_EQ(set.Create(""), nullptr);
+  EXPECT_EQ(set.Find("label"), nullptr);
+  EXPECT_EQ(set.Find("var"), nullptr);
+  for (const ElemType* type : set.Types()) {
+    std::string lower = type->tag;
+    for (char& c : lower) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    EXPECT_EQ(set.Find(lower), nullptr);
+    auto cmp = set.Create(type->tag);
+    ASSERT_NE(cmp, nullptr) << type->tag;
+    EXPECT_EQ(cmp->type, type);
+    EXPECT_EQ(cmp->models, type->models);
+  }
+}
+
+}  // namespace
+}  // namespace tz4

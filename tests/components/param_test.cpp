@@ -1,0 +1,298 @@
+// Parameter values and texts by kind: the forgiving entry, the strict entries
+// with their messages, display texts and the change flag.
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <string>
+
+#include "api/last_error.h"
+#include "components/param_ops.h"
+#include "expr/raise.h"
+#include "test_cmp.h"
+
+namespace tz4 {
+namespace {
+
+using testing::CTestCmp;
+using testing::MakeTestCmp;
+
+class ParamTest : public ::testing::Test {
+ protected:
+  void SetUp() override { SetLastError(""); }
+
+  CParam Param(const std::string& name) {
+    CParam p;
+    EXPECT_TRUE(cmp->FindParam(name, p)) << name;
+    return p;
+  }
+  // SetFromExpression, expecting success.
+  void Apply(const std::string& name, const std::string& text) {
+    std::string error;
+    bool ok = false;
+    SetFromExpression(Param(name), error, text, nullptr, nullptr, ok);
+    EXPECT_TRUE(ok) << error;
+    EXPECT_EQ(error, "");
+  }
+  std::string Text(const std::string& name) {
+    std::string text;
+    EXPECT_TRUE(GetFullText(Param(name), text));
+    return text;
+  }
+
+  std::unique_ptr<CTestCmp> cmp = MakeTestCmp("P1");
+  uint32_t flags = 0;
+};
+
+TEST_F(ParamTest, HighLowIsReversedOnlyInTheForgivingEntry) {
+  Apply("Out", "High");
+  EXPECT_EQ(cmp->Level, 0);
+  Apply("out", "low");
+  EXPECT_EQ(cmp->Level, 1);
+  EXPECT_EQ(SetText(Param("Out"), "High", nullptr, &flags), 0);
+  EXPECT_EQ(cmp->Level, 1);
+  EXPECT_EQ(Text("Out"), "High");
+  EXPECT_EQ(GetDisplayText(Param("Out")), "High");
+  EXPECT_EQ(SetText(Param("Out"), "Low", nullptr, &flags), 0);
+  EXPECT_EQ(cmp->Level, 0);
+  Apply("Out", "1");  // a number keeps its meaning
+  EXPECT_EQ(cmp->Level, 1);
+}
+
+TEST_F(ParamTest, GetTextCutsToTheBuffer) {
+  cmp->File = "abcde";
+  char buffer[8];
+  std::memset(buffer, 'x', sizeof buffer);
+  EXPECT_EQ(GetText(Param("File"), buffer, 5), 6);
+  EXPECT_STREQ(buffer, "abcd");
+  EXPECT_EQ(GetText(Param("File"), buffer, 3), 6);
+  EXPECT_STREQ(buffer, "ab");
+  EXPECT_EQ(GetText(Param("File"), buffer, 6), 6);
+  EXPECT_STREQ(buffer, "abcde");
+  EXPECT_EQ(GetText(Param("File"), nullptr, 0), 6);
+}
+
+TEST_F(ParamTest, SetValueOnSwitchesTruncatesWithoutRangeCheck) {
+  EXPECT_EQ(SetValue(Param("Active"), 1.95, &flags), 0);
+  EXPECT_EQ(cmp->Active, 2);
+  EXPECT_EQ(flags, kParamsChangedFlag);
+  double v = -1;
+  EXPECT_EQ(GetValue(Param("Active"), &v), 0);
+  EXPECT_EQ(v, 1.0);
+  EXPECT_EQ(GetDisplayText(Param("Active")), "On");
+  flags = 0;
+  EXPECT_EQ(SetValue(Param("Active"), 2.0, &flags), 0);  // same integer: no change
+  EXPECT_EQ(flags, 0u);
+  EXPECT_EQ(SetValue(Param("Mode"), 6.95, &flags), 0);
+  EXPECT_EQ(cmp->Mode.Index, 7);
+  EXPECT_EQ(GetDisplayText(Param("Mode")), "");  // past the names, shown empty
+  EXPECT_EQ(SetValue(Param("Active"), 0.0, nullptr), 0);  // no flags word
+}
+
+TEST_F(ParamTest, PlainExpressionsKeepTwelveDigits) {
+  Apply("R", "3.14159265358979");
+  EXPECT_EQ(cmp->R.Value, 3.14159265359);
+  EXPECT_EQ(cmp->R.Text, "");
+  Apply("R", " 2*3.5 ");
+  EXPECT_EQ(cmp->R.Value, 7.0);
+  // SetValue keeps every digit.
+  EXPECT_EQ(SetValue(Param("R"), 3.14159265358979, &flags), 0);
+  EXPECT_EQ(cmp->R.Value, 3.14159265358979);
+}
+
+TEST_F(ParamTest, FormulaTextStaysAFormula) {
+  Apply("R", "=2*3");
+  EXPECT_EQ(cmp->R.Text, "=2*3");
+  EXPECT_EQ(cmp->R.Value, 6.0);
+  EXPECT_FALSE(cmp->R.Invalid);
+  EXPECT_EQ(Text("R"), "=2*3");
+  EXPECT_EQ(GetDisplayText(Param("R")), "6");
+}
+
+TEST_F(ParamTest, EnumByNameOrIndex) {
+  Apply("Mode", "slow");
+  EXPECT_EQ(cmp->Mode.Index, 1);
+  Apply("Mode", "2");
+  EXPECT_EQ(cmp->Mode.Index, 2);
+  Apply("Mode", "7");  // out of range falls to the first name
+  EXPECT_EQ(cmp->Mode.Index, 0);
+  Apply("Mode", "-1");
+  EXPECT_EQ(cmp->Mode.Index, 0);
+  EXPECT_EQ(Text("Mode"), "Fast");
+  EXPECT_EQ(SetText(Param("Mode"), "Off", nullptr, &flags), 0);
+  EXPECT_EQ(cmp->Mode.Index, 2);
+  EXPECT_EQ(SetText(Param("Mode"), "slow", nullptr, &flags), -1);
+  EXPECT_EQ(LastError(), "text slow not found");
+  double v = 0;
+  EXPECT_EQ(GetValue(Param("Mode"), &v), 0);
+  EXPECT_EQ(v, 2.0);
+}
+
+TEST_F(ParamTest, EmptyInitialCondition) {
+  double v = 5;
+  EXPECT_EQ(GetValue(Param("IC"), &v), -1);
+  EXPECT_EQ(LastError(), "no IC");
+  EXPECT_EQ(GetNumber(Param("IC")), 0.0);
+  Apply("IC", "2*1.5");
+  EXPECT_EQ(cmp->Ic, "3");
+  EXPECT_EQ(SetValue(Param("IC"), 0.25, &flags), 0);
+  EXPECT_EQ(cmp->Ic, "250e-3");
+  EXPECT_EQ(flags, 0u);  // initial conditions do not mark a change
+  EXPECT_EQ(GetValue(Param("IC"), &v), 0);
+  EXPECT_EQ(v, 0.25);
+  EXPECT_EQ(SetText(Param("IC"), "junk", nullptr, &flags), 0);  // stored unchecked
+  EXPECT_EQ(flags, 0u);
+  EXPECT_EQ(GetValue(Param("IC"), &v), -1);
+  EXPECT_THROW(GetNumber(Param("IC")), RaisedError);
+  Apply("IC", "");
+  EXPECT_EQ(cmp->Ic, "");
+}
+
+TEST_F(ParamTest, FailedFormulaShowsItsTextAndMarksInvalid) {
+  std::string error;
+  bool ok = true;
+  SetFromExpression(Param("R"), error, "=1+nothing", nullptr, nullptr, ok);
+  EXPECT_FALSE(ok);
+  EXPECT_EQ(error.rfind("Error : ", 0), 0u) << error;
+  EXPECT_GT(error.size(), 8u);
+  EXPECT_TRUE(cmp->R.Invalid);
+  EXPECT_EQ(GetDisplayText(Param("R")), "#VAL");
+  EXPECT_EQ(Text("R"), "=1+nothing");
+  double v = 0;
+  EXPECT_EQ(GetValue(Param("R"), &v), -1);
+  EXPECT_EQ(LastError(), "formula error");
+  try {
+    GetNumber(Param("R"));
+    ADD_FAILURE() << "no failure raised";
+  } catch (const RaisedError& e) {
+    EXPECT_EQ(e.Text(), "Invalid value");
+  }
+  // A failing plain expression keeps its text as well.
+  SetFromExpression(Param("K"), error, "2*nothing", nullptr, nullptr, ok);
+  EXPECT_FALSE(ok);
+  EXPECT_EQ(cmp->K.Text, "2*nothing");
+  EXPECT_EQ(cmp->K.Value, 2.0);
+  EXPECT_TRUE(cmp->K.Invalid);
+}
+
+TEST_F(ParamTest, StrictTextOfValues) {
+  EXPECT_EQ(SetText(Param("R"), "", nullptr, &flags), -1);
+  EXPECT_EQ(LastError(), "no text");
+  EXPECT_EQ(flags, 0u);
+  SetLastError("");
+  EXPECT_EQ(SetText(Param("R"), "1k", nullptr, &flags), 0);
+  EXPECT_EQ(cmp->R.Value, 1000.0);
+  EXPECT_EQ(flags, kParamsChangedFlag);
+  flags = 0;
+  EXPECT_EQ(SetText(Param("R"), "1000", nullptr, &flags), 0);  // same value
+  EXPECT_EQ(flags, 0u);
+  EXPECT_EQ(SetText(Param("R"), "2*3", nullptr, &flags), -1);  // no expressions here
+  EXPECT_EQ(LastError().rfind("Syntax error: ", 0), 0u) << LastError();
+  EXPECT_EQ(cmp->R.Value, 1000.0);
+  SetLastError("");
+  EXPECT_EQ(SetText(Param("R"), "=4/2", nullptr, &flags), 0);
+  EXPECT_EQ(cmp->R.Value, 2.0);
+  EXPECT_EQ(cmp->R.Text, "=4/2");
+  EXPECT_EQ(flags, kParamsChangedFlag);
+  flags = 0;
+  EXPECT_EQ(SetText(Param("R"), "=4/nothing", nullptr, &flags), -1);
+  EXPECT_EQ(cmp->R.Text, "=4/nothing");
+  EXPECT_TRUE(cmp->R.Invalid);
+  EXPECT_EQ(cmp->R.Value, 2.0);
+  EXPECT_FALSE(LastError().empty());
+  EXPECT_EQ(flags, 0u);
+  char buffer[16];
+  EXPECT_EQ(GetText(Param("R"), buffer, sizeof buffer), 11);
+  EXPECT_STREQ(buffer, "=4/nothing");
+  EXPECT_EQ(SetValue(Param("R"), 2.0, &flags), 0);  // a value replaces the formula
+  EXPECT_EQ(cmp->R.Text, "");
+  EXPECT_FALSE(cmp->R.Invalid);
+  EXPECT_EQ(flags, 0u);
+}
+
+TEST_F(ParamTest, StrictSwitchWordsAreExact) {
+  EXPECT_EQ(SetText(Param("Active"), "on", nullptr, &flags), -1);
+  EXPECT_EQ(LastError(), "text on is not On/Off");
+  SetLastError("");
+  EXPECT_EQ(SetText(Param("Cycle"), "1", nullptr, &flags), -1);
+  EXPECT_EQ(LastError(), "text 1 is not Yes/No");
+  SetLastError("");
+  EXPECT_EQ(SetText(Param("Out"), "HIGH", nullptr, &flags), -1);
+  EXPECT_EQ(LastError(), "text HIGH is not High/Low");
+  EXPECT_EQ(flags, 0u);
+  EXPECT_EQ(SetText(Param("Cycle"), "Yes", nullptr, &flags), 0);
+  EXPECT_EQ(cmp->Cycle, 1);
+  EXPECT_EQ(Text("Cycle"), "Yes");
+  EXPECT_EQ(flags, kParamsChangedFlag);
+}
+
+TEST_F(ParamTest, ForgivingSwitchesClamp) {
+  Apply("Active", "5");
+  EXPECT_EQ(cmp->Active, 1);
+  Apply("Active", "-3");
+  EXPECT_EQ(cmp->Active, 0);
+  Apply("Active", "YES");
+  EXPECT_EQ(cmp->Active, 1);
+  Apply("Cycle", "off");
+  EXPECT_EQ(cmp->Cycle, 0);
+  std::string error;
+  bool ok = true;
+  SetFromExpression(Param("Active"), error, "maybe", nullptr, nullptr, ok);
+  EXPECT_FALSE(ok);
+  EXPECT_EQ(error.rfind("Error : ", 0), 0u);
+}
+
+TEST_F(ParamTest, TextKindsAndTables) {
+  Apply("File", "  data.txt ");
+  EXPECT_EQ(cmp->File, "data.txt");
+  EXPECT_EQ(SetText(Param("File"), " raw ", nullptr, &flags), 0);
+  EXPECT_EQ(cmp->File, " raw ");
+  EXPECT_EQ(flags, kParamsChangedFlag);
+  Apply("pwl", "1,1,2");
+  EXPECT_EQ(cmp->pwl.Text, "1,1,2");
+  EXPECT_EQ(Text("pwl"), "1,1,2");
+  EXPECT_EQ(SetText(Param("pwl"), "2", nullptr, &flags), 0);
+  EXPECT_EQ(cmp->pwl.Text, "2");
+  EXPECT_EQ(GetDisplayText(Param("File")), " raw ");
+}
+
+TEST_F(ParamTest, KindsWithoutNumberOrText) {
+  double v = 0;
+  EXPECT_EQ(GetValue(Param("File"), &v), -1);
+  EXPECT_EQ(LastError(), "parameter type not supported");
+  SetLastError("");
+  EXPECT_EQ(GetValue(Param("R"), nullptr), -1);
+  EXPECT_EQ(LastError(), "null pointer to value");
+  SetLastError("");
+  EXPECT_EQ(SetValue(Param("pwl"), 1.0, &flags), -1);
+  EXPECT_EQ(LastError(), "parameter type not supported");
+  SetLastError("");
+  char buffer[8];
+  EXPECT_EQ(GetText(Param("Code"), buffer, sizeof buffer), -1);
+  EXPECT_EQ(LastError(), "parameter type not supported");
+  SetLastError("");
+  EXPECT_EQ(SetText(Param("Code"), "x", nullptr, &flags), -1);
+  EXPECT_EQ(LastError(), "parameter type not supported");
+  try {
+    GetNumber(Param("File"));
+    ADD_FAILURE() << "no failure raised";
+  } catch (const RaisedError& e) {
+    EXPECT_EQ(e.Text(), "Invalid type");
+  }
+  Apply("Code", "int x;");  // dropped without an error
+  EXPECT_EQ(cmp->Code, "");
+}
+
+TEST_F(ParamTest, CodeDisplayIsOneShortLine) {
+  EXPECT_EQ(GetDisplayText(Param("Code")), "<no code>");
+  cmp->Code = "\n";
+  EXPECT_EQ(GetDisplayText(Param("Code")), "\n");
+  cmp->Code = "a\tb\nc\n";
+  EXPECT_EQ(GetDisplayText(Param("Code")), "a b c\n");
+  cmp->Code = std::string(33, 'x');
+  EXPECT_EQ(GetDisplayText(Param("Code")), std::string(33, 'x'));
+  cmp->Code = std::string(34, 'y');
+  EXPECT_EQ(GetDisplayText(Param("Code")), std::string(30, 'y') + "...");
+}
+
+}  // namespace
+}  // namespace tz4

@@ -1,0 +1,198 @@
+// Piecewise-linear tables: parsing, intercepts, segment search and reporting.
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+#include "api/last_error.h"
+#include "components/pwl.h"
+
+namespace tz4 {
+namespace {
+
+// The curve value of the table at x, through the segment that holds x
+// (found here directly, without the stepwise moves of FindSegment).
+double CurveAt(const CPWL& pwl, double x) {
+  int i = 1;
+  if (pwl.Count >= 2) {
+    i = pwl.Count;
+    for (int j = 1; j < pwl.Count; j++)
+      if (pwl.X[j] > x) {
+        i = j;
+        break;
+      }
+  }
+  const int index = i - 1;
+  return pwl.Slope[index] * x + pwl.Intercept[index];
+}
+
+CPWL Parsed(const std::string& text, const std::string& curve = "V(V)", bool reciprocal = false) {
+  CPWL pwl;
+  pwl.Text = text;
+  pwl.Curve = curve;
+  pwl.Reciprocal = reciprocal;
+  SetLastError("");
+  EXPECT_TRUE(pwl.Parse(nullptr)) << LastError();
+  return pwl;
+}
+
+TEST(PwlParse, DefaultTextIsOneSegmentThroughOrigin) {
+  CPWL pwl = Parsed("1.0");
+  EXPECT_EQ(pwl.Count, 1);
+  EXPECT_EQ(pwl.FirstSegment, 0);
+  EXPECT_EQ(pwl.LastSegment, 0);
+  EXPECT_DOUBLE_EQ(pwl.Slope[0], 1.0);
+  EXPECT_DOUBLE_EQ(pwl.Intercept[0], 0.0);
+  EXPECT_TRUE(pwl.Changed);
+  EXPECT_FALSE(pwl.FindSegment(-1e6, true));
+  EXPECT_FALSE(pwl.FindSegment(1e6, true));
+}
+
+TEST(PwlParse, OddSymmetricTableIsMirrored) {
+  CPWL pwl = Parsed("1,1,2");
+  ASSERT_EQ(pwl.Count, 3);
+  EXPECT_DOUBLE_EQ(pwl.Slope[0], 2.0);
+  EXPECT_DOUBLE_EQ(pwl.Slope[1], 1.0);
+  EXPECT_DOUBLE_EQ(pwl.Slope[2], 2.0);
+  EXPECT_DOUBLE_EQ(pwl.X[1], -1.0);
+  EXPECT_DOUBLE_EQ(pwl.X[2], 1.0);
+  EXPECT_EQ(pwl.FirstSegment, -1);
+  EXPECT_EQ(pwl.LastSegment, 1);
+  // Continuous, through the origin, and odd.
+  EXPECT_DOUBLE_EQ(pwl.Intercept[1], 0.0);
+  EXPECT_DOUBLE_EQ(CurveAt(pwl, 3.0), 5.0);
+  EXPECT_DOUBLE_EQ(CurveAt(pwl, -3.0), -5.0);
+  EXPECT_DOUBLE_EQ(CurveAt(pwl, 0.5), 0.5);
+}
+
+TEST(PwlParse, FullTableWithZeroBreakpoint) {
+  CPWL pwl = Parsed("1,0,2");
+  ASSERT_EQ(pwl.Count, 2);
+  EXPECT_DOUBLE_EQ(pwl.Slope[0], 1.0);
+  EXPECT_DOUBLE_EQ(pwl.Slope[1], 2.0);
+  EXPECT_DOUBLE_EQ(pwl.X[1], 0.0);
+  EXPECT_EQ(pwl.FirstSegment, 0);
+  EXPECT_EQ(pwl.LastSegment, 1);
+  EXPECT_DOUBLE_EQ(CurveAt(pwl, -2.0), -2.0);
+  EXPECT_DOUBLE_EQ(CurveAt(pwl, 2.0), 4.0);
+}
+
+TEST(PwlParse, FullTableWithOriginInsideASegmentIsContinuous) {
+  // Slopes 1 below -1, 0 up to 0, 3 up to 2, 0.5 above; 0 is a breakpoint.
+  CPWL pwl = Parsed("1,-1,0,0,3,2,0.5");
+  ASSERT_EQ(pwl.Count, 4);
+  EXPECT_EQ(pwl.FirstSegment, -1);
+  EXPECT_EQ(pwl.LastSegment, 2);
+  EXPECT_DOUBLE_EQ(CurveAt(pwl, -0.5), 0.0);
+  EXPECT_DOUBLE_EQ(CurveAt(pwl, -3.0), -2.0);
+  EXPECT_DOUBLE_EQ(CurveAt(pwl, 1.0), 3.0);
+  EXPECT_DOUBLE_EQ(CurveAt(pwl, 4.0), 7.0);
+}
+
+TEST(PwlParse, ReciprocalTableHoldsConductances) {
+  CPWL pwl = Parsed("2,1,4", "I(V)", true);
+  ASSERT_EQ(pwl.Count, 3);
+  EXPECT_DOUBLE_EQ(pwl.Slope[1], 0.5);
+  EXPECT_DOUBLE_EQ(pwl.Slope[0], 0.25);
+  EXPECT_DOUBLE_EQ(CurveAt(pwl, 3.0), 0.5 + 0.25 * 2);
+}
+
+TEST(PwlParse, EmptyCurveLabelBuildsNoIntercepts) {
+  CPWL pwl = Parsed("1,1,2", "");
+  ASSERT_EQ(pwl.Count, 3);
+  for (double z : pwl.Intercept) EXPECT_EQ(z, 0.0);
+  EXPECT_EQ(pwl.FirstSegment, -1);
+}
+
+TEST(PwlParse, SuffixesAreRead) {
+  CPWL pwl = Parsed("1k,1m,2");
+  EXPECT_DOUBLE_EQ(pwl.Slope[1], 1000.0);
+  EXPECT_DOUBLE_EQ(pwl.X[2], 0.001);
+}
+
+TEST(PwlParse, FaultsAreReportedOnceWithTheComponentReport) {
+  CPWL pwl;
+  pwl.Text = "1,2";
+  pwl.Curve = "V(V)";
+  SetLastError("");
+  EXPECT_FALSE(pwl.Parse(nullptr));
+  EXPECT_EQ(LastError(), "pcmp = NULL");
+  SetLastError("");
+  EXPECT_FALSE(pwl.Parse(nullptr));
+  EXPECT_EQ(LastError(), "");
+  // A new text is parsed and reported afresh; Clear forces a new parse.
+  pwl.Text = "1,x,2";
+  EXPECT_FALSE(pwl.Parse(nullptr));
+  EXPECT_EQ(LastError(), "pcmp = NULL");
+  pwl.Clear();
+  EXPECT_TRUE(pwl.ParsedText.empty());
+  EXPECT_EQ(pwl.Count, 0);
+}
+
+TEST(PwlParse, ZeroAndInfiniteSlopes) {
+  CPWL pwl;
+  pwl.Curve = "I(V)";
+  pwl.Reciprocal = true;
+  pwl.Text = "0";
+  EXPECT_FALSE(pwl.Parse(nullptr));
+  pwl.Reciprocal = false;
+  pwl.Clear();
+  EXPECT_TRUE(pwl.Parse(nullptr));  // a 0 slope is fine without reciprocal
+  pwl.Text = "1,1,inf";
+  EXPECT_FALSE(pwl.Parse(nullptr));
+}
+
+TEST(PwlParse, UnchangedTextKeepsSegment) {
+  CPWL pwl = Parsed("1,1,2");
+  pwl.Segment = 1;
+  EXPECT_TRUE(pwl.Parse(nullptr));
+  EXPECT_EQ(pwl.Segment, 1);
+  pwl.Text = "1,1,3";
+  EXPECT_TRUE(pwl.Parse(nullptr));
+  EXPECT_EQ(pwl.Segment, 0);
+}
+
+TEST(PwlFindSegment, CrossingTheOriginStopsAtSegmentZero) {
+  CPWL pwl = Parsed("1,1,2,2,3");  // segments -2 .. 2, breakpoints -2 -1 1 2
+  ASSERT_EQ(pwl.FirstSegment, -2);
+  pwl.Segment = -2;
+  EXPECT_TRUE(pwl.FindSegment(1.5, true));
+  EXPECT_EQ(pwl.Segment, 0);
+  EXPECT_TRUE(pwl.FindSegment(1.5, true));
+  EXPECT_EQ(pwl.Segment, 1);
+  EXPECT_FALSE(pwl.FindSegment(1.2, true));
+}
+
+TEST(PwlFindSegment, WithoutUpdateNothingMoves) {
+  CPWL pwl = Parsed("1,1,2");
+  EXPECT_TRUE(pwl.FindSegment(5.0, false));
+  EXPECT_EQ(pwl.Segment, 0);
+  EXPECT_FALSE(pwl.FindSegment(0.3, false));
+}
+
+TEST(PwlFindSegment, BreakpointBelongsToSegmentAbove) {
+  CPWL pwl = Parsed("1,1,2");
+  EXPECT_TRUE(pwl.FindSegment(1.0, true));
+  EXPECT_EQ(pwl.Segment, 1);
+  EXPECT_TRUE(pwl.FindSegment(-1.0, true));
+  EXPECT_EQ(pwl.Segment, 0);
+}
+
+TEST(PwlText, UnmirroredTablesGetAZeroBreakpoint) {
+  EXPECT_EQ(RewriteUnmirroredTable("n,2"), "2,0,2");
+  EXPECT_EQ(RewriteUnmirroredTable("n,1,1,2"), "1,0,1,1,2");
+  EXPECT_EQ(RewriteUnmirroredTable("n,1,-1,2,3,4"), "1,-1,2,0,2,3,4");
+  EXPECT_EQ(RewriteUnmirroredTable("n,1,-1,2,0,4"), "1,-1,2,0,4");
+  EXPECT_EQ(RewriteUnmirroredTable("n,1,-2,2,-1,3"), "1,-2,2,-1,3,0,3");
+  EXPECT_EQ(RewriteUnmirroredTable("1,1,2"), "1,1,2");
+  EXPECT_EQ(RewriteUnmirroredTable(""), "");
+}
+
+TEST(PwlText, RewrittenTableParsesAsFullTable) {
+  CPWL pwl = Parsed(RewriteUnmirroredTable("n,1,1,2"));
+  ASSERT_EQ(pwl.Count, 3);
+  EXPECT_DOUBLE_EQ(CurveAt(pwl, -1.0), -1.0);
+  EXPECT_DOUBLE_EQ(CurveAt(pwl, 2.0), 3.0);
+}
+
+}  // namespace
+}  // namespace tz4

@@ -1,0 +1,641 @@
+// CSignal: checks, start-up, values, events, logic level, time shift and the
+// "Signal" element, on the signal of a voltage source.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <memory>
+#include <string>
+
+#include "../doc/temp_files.h"
+#include "api/last_error.h"
+#include "components/signal.h"
+#include "devices/source.h"
+#include "doc/xml_node.h"
+
+namespace tz4 {
+namespace {
+
+constexpr double kInf = std::numeric_limits<double>::infinity();
+constexpr double kPi = 3.14159265358;
+
+class SignalTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    source_ = CElemSet::Instance().Create("V_V");
+    ASSERT_NE(source_, nullptr);
+    source_->name = "V1";
+    s_ = &static_cast<CElemV&>(*source_).Signal;
+    env_.integrating = true;
+    SetLastError("");
+  }
+
+  bool Start(int kind, double t) { return s_->Start(kind, t, source_.get(), env_); }
+
+  SignalValue At(double t) {
+    SignalValue out;
+    std::string error;
+    EXPECT_TRUE(s_->Value(t, env_, out, error)) << error;
+    return out;
+  }
+
+  // NextEvent with the presets of the solver: no event, a large step.
+  void Event(double t, double& next, double& step) {
+    next = 1e99;
+    step = 1e9;
+    s_->NextEvent(t, next, step);
+  }
+
+  std::unique_ptr<CCmp> source_;
+  CSignal* s_ = nullptr;
+  SignalEnv env_;
+};
+
+// ---- checks ----
+
+TEST_F(SignalTest, PulseChecksListEveryFault) {
+  s_->U1.Invalid = true;
+  s_->U0.Value = kInf;
+  s_->Period.Value = 0;
+  s_->Width.Value = -1;
+  s_->Rise.Value = kInf;
+  s_->Fall.Value = -1e-9;
+  s_->Delay.Invalid = true;
+  EXPECT_FALSE(s_->CheckParams(SIGNAL_PULSE, source_.get(), "V"));
+  EXPECT_EQ(LastError(),
+            "V1 : V1 : formula error; V1 : V0 = infinite; V1 : Period <= 0; V1 : Width < 0; "
+            "V1 : Rise = infinite; V1 : Fall < 0; V1 : Delay : formula error; ");
+}
+
+TEST_F(SignalTest, ChecksPerModel) {
+  // An infinite period is a single pulse, but no sine.
+  s_->Period.Value = kInf;
+  EXPECT_TRUE(s_->CheckParams(SIGNAL_PULSE, source_.get(), "I"));
+  EXPECT_FALSE(s_->CheckParams(SIGNAL_SIN, source_.get(), "I"));
+  EXPECT_EQ(LastError(), "V1 : Period = infinite; ");
+
+  SetLastError("");
+  s_->Period.Value = 1;
+  s_->Phase.Invalid = true;
+  s_->U1.Value = -kInf;
+  EXPECT_FALSE(s_->CheckParams(SIGNAL_SIN, source_.get(), "I"));
+  EXPECT_EQ(LastError(), "V1 : I1 = infinite; V1 : Phase : formula error; ");
+
+  SetLastError("");
+  s_->Rise.Value = -1;
+  EXPECT_FALSE(s_->CheckParams(SIGNAL_STEP, source_.get(), "V"));
+  EXPECT_EQ(LastError(), "V1 : V1 = infinite; V1 : Rise < 0; ");
+
+  // Tables look at the delay only; a function at nothing.
+  SetLastError("");
+  EXPECT_TRUE(s_->CheckParams(SIGNAL_PWL, source_.get(), "V"));
+  EXPECT_TRUE(s_->CheckParams(SIGNAL_FUNCTION, source_.get(), "V"));
+  s_->Delay.Invalid = true;
+  EXPECT_FALSE(s_->CheckParams(SIGNAL_FILE, source_.get(), "V"));
+  EXPECT_EQ(LastError(), "V1 : Delay : formula error; ");
+
+  SetLastError("");
+  EXPECT_FALSE(s_->CheckParams(SIGNAL_TRACE, source_.get(), "V"));
+  EXPECT_EQ(LastError(), "V1 : Trace model not supported; ");
+}
+
+// ---- pulse ----
+
+TEST_F(SignalTest, SharpPulseHasCornersAtStartWidthAndPeriod) {
+  s_->U0.Value = 0;
+  s_->U1.Value = 5;
+  s_->Period.Value = 1;
+  s_->Width.Value = 0.5;
+  ASSERT_TRUE(Start(SIGNAL_PULSE, 0));
+  EXPECT_EQ(s_->State, STAGE_IDLE);
+  EXPECT_EQ(At(0).value, 0);
+
+  double next, step;
+  Event(0, next, step);
+  EXPECT_EQ(s_->State, STAGE_HIGH);
+  EXPECT_EQ(next, 0.5);
+  EXPECT_EQ(step, 0.125);  // a quarter of the level's time, none from a zero edge
+  EXPECT_EQ(At(0.25).value, 5);
+  EXPECT_FALSE(At(0.25).hasDerivative);
+  EXPECT_TRUE(s_->IsHigh());
+
+  Event(0.5, next, step);
+  EXPECT_EQ(s_->State, STAGE_LOW);
+  EXPECT_EQ(next, 1.0);
+  EXPECT_EQ(At(0.75).value, 0);
+  EXPECT_FALSE(s_->IsHigh());
+
+  // One rounding step short of the period counts as the next cycle.
+  Event(1.0 - 1e-15, next, step);
+  EXPECT_EQ(s_->CycleStart, 1.0);
+  EXPECT_EQ(s_->State, STAGE_HIGH);
+  EXPECT_EQ(next, 1.5);
+}
+
+TEST_F(SignalTest, LinearAndCosineEdges) {
+  s_->U0.Value = 1;
+  s_->U1.Value = 3;
+  s_->Period.Value = 10;
+  s_->Width.Value = 4;
+  s_->Rise.Value = 2;
+  s_->Fall.Value = 1;
+  s_->Delay.Value = 1;
+  ASSERT_TRUE(Start(SIGNAL_PULSE, 0));
+  double next, step;
+  Event(0, next, step);
+  EXPECT_EQ(next, 1.0);  // waiting for the delay
+  EXPECT_EQ(step, 1e9);
+
+  Event(1, next, step);
+  EXPECT_EQ(s_->State, STAGE_RISING);
+  EXPECT_EQ(next, 3.0);
+  EXPECT_EQ(step, 0.5);
+  SignalValue v = At(2);
+  EXPECT_DOUBLE_EQ(v.value, 2.0);
+  EXPECT_DOUBLE_EQ(v.derivative, 1.0);
+  EXPECT_DOUBLE_EQ(At(5).value, 3.0);  // a ramp stops at its level
+
+  Event(3, next, step);
+  EXPECT_EQ(s_->State, STAGE_HIGH);
+  EXPECT_EQ(next, 5.0);
+  Event(5, next, step);
+  EXPECT_EQ(s_->State, STAGE_FALLING);
+  EXPECT_EQ(next, 6.0);
+  EXPECT_EQ(step, 0.25);
+  v = At(5.5);
+  EXPECT_DOUBLE_EQ(v.value, 2.0);
+  EXPECT_DOUBLE_EQ(v.derivative, -2.0);
+  Event(6, next, step);
+  EXPECT_EQ(s_->State, STAGE_LOW);
+  EXPECT_EQ(next, 11.0);
+  EXPECT_EQ(step, 1.5);
+
+  // The same edges with the cosine shape.
+  s_->Slope.Index = SLOPE_COS;
+  Event(11, next, step);
+  ASSERT_EQ(s_->State, STAGE_RISING);
+  v = At(12);
+  EXPECT_DOUBLE_EQ(v.value, (1 - std::cos(0.5 * kPi)) * 2 * 0.5 + 1);
+  EXPECT_DOUBLE_EQ(v.derivative, std::sin(0.5 * kPi) * 2 * 0.5 / 2 * kPi);
+  Event(15, next, step);
+  ASSERT_EQ(s_->State, STAGE_FALLING);
+  v = At(15.25);
+  EXPECT_DOUBLE_EQ(v.value, 3 - (1 - std::cos(0.25 * kPi)) * 2 * 0.5);
+  EXPECT_DOUBLE_EQ(v.derivative, -std::sin(0.25 * kPi) * 2 * 0.5 / 1 * kPi);
+}
+
+TEST_F(SignalTest, PulseStartedInsideACycleFindsItsStage) {
+  s_->Period.Value = 1;
+  s_->Width.Value = 0.5;
+  s_->Rise.Value = 0.1;
+  s_->Fall.Value = 0.1;
+  s_->Delay.Value = 0.2;
+  ASSERT_TRUE(Start(SIGNAL_PULSE, 2.25));  // 0.05 into the third cycle's rise
+  EXPECT_EQ(s_->State, STAGE_RISING);
+  EXPECT_DOUBLE_EQ(s_->CycleStart, 2.2);
+  ASSERT_TRUE(Start(SIGNAL_PULSE, 2.75));
+  EXPECT_EQ(s_->State, STAGE_FALLING);
+  ASSERT_TRUE(Start(SIGNAL_PULSE, 3.0));
+  EXPECT_EQ(s_->State, STAGE_LOW);
+  s_->Width.Value = kInf;
+  ASSERT_TRUE(Start(SIGNAL_PULSE, 3.0));
+  EXPECT_EQ(s_->State, STAGE_HIGH);
+  s_->Delay.Value = kInf;
+  ASSERT_TRUE(Start(SIGNAL_PULSE, 3.0));
+  EXPECT_EQ(s_->State, STAGE_IDLE);
+  double next, step;
+  Event(3.0, next, step);
+  EXPECT_EQ(next, 1e99);
+}
+
+TEST_F(SignalTest, SinglePulseEndsAfterItsFall) {
+  s_->Period.Value = kInf;
+  s_->Width.Value = 2;
+  s_->Fall.Value = 1;
+  ASSERT_TRUE(Start(SIGNAL_PULSE, 0));
+  double next, step;
+  Event(0, next, step);
+  EXPECT_EQ(s_->State, STAGE_HIGH);
+  EXPECT_EQ(next, 2.0);
+  EXPECT_EQ(step, 1e9);
+  Event(2, next, step);
+  EXPECT_EQ(s_->State, STAGE_FALLING);
+  EXPECT_EQ(next, 3.0);
+  EXPECT_EQ(step, 0.25);
+  Event(3, next, step);
+  EXPECT_EQ(s_->State, STAGE_LOW);
+  EXPECT_EQ(next, 1e99);
+}
+
+TEST_F(SignalTest, LogPulseChargesToTheLevelsAtTheEndsOfWidthAndPeriod) {
+  s_->U0.Value = 0;
+  s_->U1.Value = 10;
+  s_->Period.Value = 4;
+  s_->Width.Value = 2;
+  s_->Rise.Value = 0.5;
+  s_->Fall.Value = 0.5;
+  s_->Slope.Index = SLOPE_LOG;
+  ASSERT_TRUE(Start(SIGNAL_PULSE, 0));
+  double next, step;
+  Event(0, next, step);
+  EXPECT_NEAR(At(0).value, 0, 1e-12);
+  EXPECT_NEAR(At(2).value, 10, 1e-12);
+  const double e = std::exp(-1 / 0.5);
+  SignalValue v = At(1);
+  EXPECT_DOUBLE_EQ(v.value, (1 - e) * 10 / (1 - std::exp(-4.0)));
+  EXPECT_DOUBLE_EQ(v.derivative, e * 10 / (1 - std::exp(-4.0)) / 0.5);
+  Event(2, next, step);
+  Event(2.5, next, step);
+  ASSERT_EQ(s_->State, STAGE_LOW);
+  EXPECT_NEAR(At(2.0).value, 10, 1e-9);
+  EXPECT_NEAR(At(4.0).value, 0, 1e-12);
+  EXPECT_LT(At(3).derivative, 0);
+}
+
+// ---- step ----
+
+TEST_F(SignalTest, StepAtZeroWithoutRiseIsHighFromTheFirstEvent) {
+  s_->U0.Value = -1;
+  s_->U1.Value = 4;
+  ASSERT_TRUE(Start(SIGNAL_STEP, 0));
+  double next, step;
+  Event(0, next, step);
+  EXPECT_EQ(s_->State, STAGE_HIGH);
+  EXPECT_EQ(next, 1e99);
+  EXPECT_EQ(At(0).value, 4);
+  EXPECT_TRUE(s_->IsHigh());
+}
+
+TEST_F(SignalTest, StepWaitsForItsDelayAndRamps) {
+  s_->U0.Value = 0;
+  s_->U1.Value = 8;
+  s_->Rise.Value = 2;
+  s_->Delay.Value = 1;
+  ASSERT_TRUE(Start(SIGNAL_STEP, 0));
+  EXPECT_EQ(s_->State, STAGE_IDLE);
+  EXPECT_EQ(At(0.5).value, 0);
+  double next, step;
+  Event(0, next, step);
+  EXPECT_EQ(next, 1.0);
+  Event(1, next, step);
+  EXPECT_EQ(s_->State, STAGE_RISING);
+  EXPECT_EQ(next, 3.0);
+  EXPECT_EQ(step, 0.5);
+  SignalValue v = At(2);
+  EXPECT_DOUBLE_EQ(v.value, 4);
+  EXPECT_DOUBLE_EQ(v.derivative, 4);
+  Event(3 - 1e-15, next, step);
+  EXPECT_EQ(s_->State, STAGE_HIGH);
+
+  // A restart after the ramp is high at once, inside it rising.
+  ASSERT_TRUE(Start(SIGNAL_STEP, 5));
+  EXPECT_EQ(s_->State, STAGE_HIGH);
+  ASSERT_TRUE(Start(SIGNAL_STEP, 2));
+  EXPECT_EQ(s_->State, STAGE_RISING);
+
+  // "Log": exponential approach with Rise as time constant.
+  s_->Slope.Index = SLOPE_LOG;
+  v = At(3);
+  EXPECT_DOUBLE_EQ(v.value, (0 - 8) * std::exp(-1.0) + 8);
+  EXPECT_DOUBLE_EQ(v.derivative, 8 / 2.0 * std::exp(-1.0));
+}
+
+TEST_F(SignalTest, DerivativesOnlyWhileIntegrating) {
+  s_->Rise.Value = 1;
+  ASSERT_TRUE(Start(SIGNAL_STEP, 0.5));
+  env_.integrating = false;
+  SignalValue v = At(0.5);
+  EXPECT_DOUBLE_EQ(v.value, 5);
+  EXPECT_FALSE(v.hasDerivative);
+}
+
+// ---- sine ----
+
+TEST_F(SignalTest, SineAccumulatesItsPhase) {
+  s_->U0.Value = 1;
+  s_->U1.Value = 2;
+  s_->Period.Value = 1;
+  s_->Phase.Value = 90;
+  ASSERT_TRUE(Start(SIGNAL_SIN, 0));
+  double next, step;
+  Event(0, next, step);
+  EXPECT_EQ(step, 0.0625);
+  SignalValue v = At(0);
+  EXPECT_DOUBLE_EQ(v.value, std::sin(0.25 * 2 * kPi) * 2 + 1);
+  v = At(0.25);
+  EXPECT_NEAR(v.value, 1, 1e-10);
+  EXPECT_DOUBLE_EQ(v.derivative, std::cos(0.5 * 2 * kPi) * 2 * 2 * kPi);
+
+  // A period changed between steps bends the wave without a jump.
+  s_->Period.Value = 2;
+  v = At(0.75);
+  EXPECT_DOUBLE_EQ(s_->PhaseAccum, 0.25 + 0.25);
+  EXPECT_DOUBLE_EQ(v.value, std::sin(0.75 * 2 * kPi) * 2 + 1);
+}
+
+TEST_F(SignalTest, SineRestartKeepsThePhaseAndStartsLateAtItsPhase) {
+  s_->Period.Value = 1;
+  s_->Delay.Value = 0.5;
+  ASSERT_TRUE(Start(SIGNAL_SIN, 0));
+  EXPECT_EQ(s_->State, STAGE_IDLE);
+  EXPECT_EQ(At(0.2).value, 0);
+  double next, step;
+  Event(0.2, next, step);
+  EXPECT_EQ(next, 0.5);
+
+  // Started at 1.75 with the delay 0.5: a quarter of a cycle in.
+  s_->ActiveModel = SIGNAL_NONE;
+  ASSERT_TRUE(Start(SIGNAL_SIN, 1.75));
+  EXPECT_EQ(s_->State, STAGE_HIGH);
+  EXPECT_DOUBLE_EQ(s_->PhaseAccum, 0.25);
+  At(1.8);
+  const double accumulated = s_->PhaseAccum;
+  ASSERT_TRUE(Start(SIGNAL_SIN, 1.8));  // same run: the phase stays
+  EXPECT_EQ(s_->PhaseAccum, accumulated);
+}
+
+// ---- tables ----
+
+TEST_F(SignalTest, CyclingListRepeatsWithItsLength) {
+  s_->PwlText = "0,0,1,1";
+  s_->Cycle = 1;
+  ASSERT_TRUE(Start(SIGNAL_PWL, 0));
+  ASSERT_EQ(s_->PointCount, 2);
+  EXPECT_EQ(s_->PointIndex, 0);
+  double next, step;
+  Event(0, next, step);
+  EXPECT_EQ(next, 1.0);
+  EXPECT_EQ(step, 0.25);
+  SignalValue v = At(0.25);
+  EXPECT_DOUBLE_EQ(v.value, 0.25);
+  EXPECT_DOUBLE_EQ(v.derivative, 1);
+  for (int k = 1; k <= 3; k++) {
+    Event(k, next, step);
+    EXPECT_EQ(s_->CycleStart, k);
+    EXPECT_EQ(next, k + 1.0);
+    EXPECT_DOUBLE_EQ(At(k + 0.5).value, 0.5);
+  }
+  // A restart in the middle of a later cycle finds its place.
+  ASSERT_TRUE(Start(SIGNAL_PWL, 7.25));
+  EXPECT_DOUBLE_EQ(s_->CycleStart, 7.0);
+  EXPECT_DOUBLE_EQ(At(7.25).value, 0.25);
+}
+
+TEST_F(SignalTest, EqualTimesMakeAJumpAndTheEndHolds) {
+  s_->PwlText = "0 0; 1 0; 1 5; 2 5";
+  ASSERT_TRUE(Start(SIGNAL_PWL, 0));
+  ASSERT_EQ(s_->PointCount, 4);
+  double next, step;
+  Event(0, next, step);
+  EXPECT_EQ(next, 1.0);
+  Event(1 - 1e-15, next, step);  // one rounding step short counts as at it
+  EXPECT_EQ(s_->PointIndex, 2);
+  EXPECT_EQ(next, 2.0);
+  SignalValue v = At(1.5);
+  EXPECT_EQ(v.value, 5);
+  EXPECT_EQ(v.derivative, 0);
+  EXPECT_TRUE(s_->IsHigh());
+
+  // At a jump itself the slope is 0.
+  s_->PointIndex = 1;
+  v = At(1);
+  EXPECT_EQ(v.value, 0);
+  EXPECT_EQ(v.derivative, 0);
+
+  s_->PointIndex = 2;
+  Event(2, next, step);
+  EXPECT_EQ(s_->PointIndex, 3);
+  EXPECT_EQ(next, 1e99);
+  EXPECT_EQ(At(9).value, 5);
+  Event(9, next, step);  // finished: nothing more to say
+  EXPECT_EQ(next, 1e99);
+}
+
+TEST_F(SignalTest, TableDelayAndStartPastTheEnd) {
+  s_->PwlText = "1,2,3,4";
+  s_->Delay.Value = 1;
+  ASSERT_TRUE(Start(SIGNAL_PWL, 0));
+  EXPECT_EQ(s_->PointIndex, -1);
+  EXPECT_EQ(At(0).value, 2);  // the first value before the first point
+  EXPECT_FALSE(s_->IsHigh());
+  double next, step;
+  Event(0, next, step);
+  EXPECT_EQ(next, 2.0);  // first time plus the delay
+  Event(2, next, step);
+  EXPECT_EQ(s_->PointIndex, 0);
+  EXPECT_EQ(next, 4.0);
+  EXPECT_EQ(step, 0.5);
+  EXPECT_DOUBLE_EQ(At(3).value, 3);
+
+  ASSERT_TRUE(Start(SIGNAL_PWL, 10));
+  EXPECT_EQ(s_->PointIndex, s_->PointCount);
+  EXPECT_EQ(At(10).value, 4);
+}
+
+TEST_F(SignalTest, CycleOfLengthZeroStopsTheTable) {
+  s_->PwlText = "1,2,1,3";
+  s_->Cycle = 1;
+  ASSERT_TRUE(Start(SIGNAL_PWL, 0));
+  double next, step;
+  Event(0, next, step);
+  EXPECT_EQ(next, 1.0);
+  Event(1, next, step);
+  EXPECT_EQ(s_->PointIndex, s_->PointCount);
+  EXPECT_EQ(At(5).value, 3);
+}
+
+TEST_F(SignalTest, ListFieldsAreExpressionsAndAnOddFieldIsDropped) {
+  s_->PwlText = "0, 2*3, 1m, 0.1, 7";
+  ASSERT_TRUE(Start(SIGNAL_PWL, 0));
+  ASSERT_EQ(s_->PointCount, 2);
+  EXPECT_EQ(s_->Points[0].Y, 6);
+  EXPECT_DOUBLE_EQ(s_->Points[1].X, 1e-3);
+  EXPECT_DOUBLE_EQ(s_->Points[1].Y, 0.1);
+
+  s_->PwlText = "0,0,1,nothing";
+  EXPECT_FALSE(Start(SIGNAL_PWL, 0));
+  EXPECT_EQ(LastError().rfind("V1 : Error: ", 0), 0u) << LastError();
+  EXPECT_EQ(s_->PointCount, 0);
+  EXPECT_EQ(s_->ActiveModel, SIGNAL_PWL);
+  EXPECT_EQ(At(0).value, 0);
+
+  s_->PwlText = "3,7";  // one point holds its value
+  ASSERT_TRUE(Start(SIGNAL_PWL, 0));
+  EXPECT_EQ(s_->PointIndex, 0);
+  EXPECT_EQ(At(5).value, 7);
+  EXPECT_TRUE(s_->IsHigh());
+}
+
+// ---- data files ----
+
+TEST_F(SignalTest, DataFileBesideTheCircuit) {
+  tz4_test::TempDir dir("signal");
+  tz4_test::WriteFile(dir.File("wave.txt"),
+                      "0\t1\n\n1;2\n2 , 3m\nheader\n3,4,extra\n");
+  env_.folder = dir.File("");
+  s_->FileName = "wave.txt";
+  ASSERT_TRUE(Start(SIGNAL_FILE, 0)) << LastError();
+  ASSERT_EQ(s_->PointCount, 4);
+  EXPECT_EQ(s_->Points[2].Y, 3e-3);
+  EXPECT_EQ(s_->Points[3].X, 3);
+  EXPECT_EQ(s_->LoadedFile, dir.File("wave.txt"));
+  EXPECT_DOUBLE_EQ(At(0.5).value, 1.5);
+
+  // The same name is not read again and keeps its position.
+  double next, step;
+  Event(1.5, next, step);
+  EXPECT_EQ(s_->PointIndex, 1);
+  tz4_test::WriteFile(dir.File("wave.txt"), "0 9\n");
+  ASSERT_TRUE(Start(SIGNAL_FILE, 1.5));
+  EXPECT_EQ(s_->PointCount, 4);
+  EXPECT_EQ(s_->PointIndex, 1);
+
+  // After the points are cleared (a reset), it is read anew.
+  s_->ClearPoints();
+  ASSERT_TRUE(Start(SIGNAL_FILE, 0));
+  EXPECT_EQ(s_->PointCount, 1);
+  EXPECT_EQ(At(3).value, 9);
+}
+
+TEST_F(SignalTest, DataFileFailures) {
+  tz4_test::TempDir dir("signal");
+  env_.folder = dir.File("");
+  EXPECT_FALSE(Start(SIGNAL_FILE, 0));
+  EXPECT_EQ(LastError(), "V1 : No file name; ");
+  EXPECT_EQ(s_->ActiveModel, SIGNAL_NONE);
+
+  SetLastError("");
+  s_->FileName = "missing.txt";
+  EXPECT_FALSE(Start(SIGNAL_FILE, 0));
+  EXPECT_EQ(LastError(), "V1 : Can't open file \"" + dir.File("missing.txt") + "\"; ");
+  EXPECT_EQ(s_->ActiveModel, SIGNAL_FILE);
+
+  // Both fields of a line are expressions: a header of two words fails.
+  SetLastError("");
+  tz4_test::WriteFile(dir.File("head.txt"), "time value\n0 1\n");
+  s_->FileName = "head.txt";
+  EXPECT_FALSE(Start(SIGNAL_FILE, 0));
+  EXPECT_EQ(LastError().rfind("V1 : Error: ", 0), 0u) << LastError();
+  EXPECT_EQ(s_->PointCount, 0);
+
+  SetLastError("");
+  tz4_test::WriteFile(dir.File("one.txt"), "1\n2\n");
+  s_->FileName = dir.File("one.txt");  // a name with a folder stands as it is
+  EXPECT_FALSE(Start(SIGNAL_FILE, 0));
+  EXPECT_EQ(LastError(), "V1 : Empty file \"" + dir.File("one.txt") + "\"; ");
+
+  // An attachment takes the place of the file, and has its own message.
+  SetLastError("");
+  source_->attachment = "1\r\n2\r\n";
+  EXPECT_FALSE(Start(SIGNAL_FILE, 0));
+  EXPECT_EQ(LastError(), "V1 : Attachment is empty; ");
+
+  SetLastError("");
+  source_->attachment = "0 0\r\n2 4";
+  s_->FileName.clear();
+  ASSERT_TRUE(Start(SIGNAL_FILE, 0));
+  EXPECT_EQ(s_->PointCount, 2);
+  EXPECT_DOUBLE_EQ(At(1).value, 2);
+}
+
+// ---- function ----
+
+TEST_F(SignalTest, FunctionOfTimeAndItsDerivative) {
+  s_->Function = "3*t*t";
+  ASSERT_TRUE(Start(SIGNAL_FUNCTION, 0));
+  env_.h = 0.5;
+  SignalValue v = At(2);
+  EXPECT_DOUBLE_EQ(v.value, 12);
+  ASSERT_TRUE(v.hasDerivative);
+  EXPECT_DOUBLE_EQ(v.derivative, (3 * 2.5 * 2.5 - 12) / 0.5);
+  EXPECT_EQ(s_->Variables.Find("t")->Values[0].Dbl, 2.5);
+
+  env_.h = 0;
+  v = At(1);
+  EXPECT_EQ(v.value, 3);
+  EXPECT_FALSE(v.hasDerivative);
+
+  s_->Function = "t+unknown_name";
+  SignalValue out;
+  std::string error;
+  EXPECT_FALSE(s_->Value(1, env_, out, error));
+  EXPECT_FALSE(error.empty());
+}
+
+// ---- time shift ----
+
+TEST_F(SignalTest, ShiftTimeMovesTheOrigin) {
+  s_->Period.Value = 1;
+  s_->Delay.Value = 0.3;
+  s_->Delay.Text = "=d0";
+  ASSERT_TRUE(Start(SIGNAL_PULSE, 0));
+  s_->ShiftTime(1.25, false, 1e-9);
+  EXPECT_NEAR(s_->Delay.Value, -0.95, 1e-12);
+  EXPECT_EQ(s_->Delay.Text, "");
+
+  s_->Delay.Value = 2;
+  s_->ShiftTime(0.5, false, 1e-9);
+  EXPECT_EQ(s_->Delay.Value, 1.5);
+
+  s_->Delay.Value = 0.25;
+  s_->ShiftTime(3.25, false, 1e-9);  // the delay ends in [-period, 0)
+  EXPECT_EQ(s_->Delay.Value, -1.0);
+
+  s_->Delay.Value = 0.25;
+  s_->ShiftTime(3.25 + 1e-12, false, 1e-9);  // within the tolerance: exactly 0
+  EXPECT_EQ(s_->Delay.Value, 0.0);
+
+  s_->ShiftTime(5, true, 1e-9);  // the no-shift flag
+  EXPECT_EQ(s_->Delay.Value, 0.0);
+
+  s_->Delay.Value = 0.5;
+  ASSERT_TRUE(Start(SIGNAL_STEP, 0));
+  s_->ShiftTime(2, false, 1e-9);
+  EXPECT_EQ(s_->Delay.Value, -1.5);
+}
+
+// ---- archive ----
+
+TEST(SignalArchive, MissingElementKeepsDefaults) {
+  CXmlNode node("Cmp");
+  ASSERT_EQ(node.LoadFromText("<Cmp v=\"1\" />"), 0);
+  CSignal s;
+  s.Serialize(node);
+  EXPECT_FALSE(s.Loaded);
+  EXPECT_EQ(s.U0.Value, 0);
+  EXPECT_EQ(s.U1.Value, 10);
+  EXPECT_EQ(s.Period.Value, 1);
+  EXPECT_EQ(s.Width.Value, 0.5);
+  EXPECT_EQ(s.Slope.Index, SLOPE_LINEAR);
+  EXPECT_STREQ(s.Slope.Names[2], "Log");
+  EXPECT_EQ(s.Function, "10");
+  EXPECT_EQ(s.PwlText, "0,0");
+  EXPECT_EQ(s.Cycle, 0);
+  ASSERT_NE(s.Variables.Find("T"), nullptr);
+}
+
+TEST(SignalArchive, AttributesLoadAndStore) {
+  const std::string element =
+      "<Cmp><Signal u0=\"1\" u1=\"2\" p=\"3\" w=\"4\" s=\"2\" r=\"5\" f=\"6\" d=\"7\" ph_str=\"%3dphi\" "
+      "ph=\"45\" function=\"t*2+%3c+1\" file=\"a%22b.txt\" pwl=\"0+1%3b2+3\" trace=\"V(R1)\" "
+      "c=\"1\" /></Cmp>";
+  CXmlNode node("Cmp");
+  ASSERT_EQ(node.LoadFromText(element), 0);
+  CSignal s;
+  s.Serialize(node);
+  EXPECT_TRUE(s.Loaded);
+  EXPECT_EQ(s.Slope.Index, SLOPE_LOG);
+  EXPECT_EQ(s.Phase.Text, "=phi");
+  EXPECT_EQ(s.Function, "t*2 < 1");
+  EXPECT_EQ(s.FileName, "a\"b.txt");
+  EXPECT_EQ(s.PwlText, "0 1;2 3");
+  EXPECT_EQ(s.TraceName, "V(R1)");
+  EXPECT_EQ(s.Cycle, 1);
+
+  CXmlNode out("Cmp");
+  s.Serialize(out);
+  EXPECT_EQ(out.WriteInline(), element);
+}
+
+}  // namespace
+}  // namespace tz4

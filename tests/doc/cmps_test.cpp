@@ -1,0 +1,442 @@
+// The component collection: order, lookups by dotted path, formulas that
+// refer to one another, the reader and writer by text, checks and nodes.
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "../components/test_cmp.h"
+#include "api/last_error.h"
+#include "components/param_ops.h"
+#include "doc/cmps.h"
+#include "doc/xml_node.h"
+#include "expr/evaluate.h"
+#include "expr/raise.h"
+
+namespace tz4 {
+namespace {
+
+using testing::CTestCmp;
+using testing::kTestType;
+using testing::MakeTestCmp;
+
+// Labels, variables and components that count how they are asked.
+class CCountingCmp : public CTestCmp {
+ public:
+  CCountingCmp(bool label, bool variable, bool checkResult = true)
+      : CTestCmp(kTestType), label_(label), variable_(variable), checkResult_(checkResult) {
+    modelIndex = 0;
+  }
+  bool IsLabel() const override { return label_; }
+  bool IsVariable() const override {
+    questions++;
+    return variable_;
+  }
+  bool CheckParams() override {
+    checks++;
+    if (!checkResult_) ComponentError(this, "bad");
+    return checkResult_;
+  }
+  mutable int questions = 0;
+  int checks = 0;
+
+ private:
+  bool label_;
+  bool variable_;
+  bool checkResult_;
+};
+
+std::unique_ptr<CCmp> Named(const std::string& name, bool label = false, bool variable = false) {
+  auto cmp = std::make_unique<CCountingCmp>(label, variable);
+  cmp->name = name;
+  return cmp;
+}
+
+std::vector<std::string> Names(const CCmps& cmps) {
+  std::vector<std::string> names;
+  for (int i = 0; i < cmps.Count(); i++) names.push_back(cmps[i]->name);
+  return names;
+}
+
+void AddSorted(CCmps& cmps, const std::vector<std::string>& names) {
+  for (const std::string& name : names) cmps.Add(Named(name));
+  cmps.Sort();
+}
+
+std::vector<std::string> Sorted(const std::vector<std::string>& names) {
+  CCmps cmps;
+  AddSorted(cmps, names);
+  return Names(cmps);
+}
+
+TEST(CmpsOrder, NumbersBehindTheFirstLetterCount) {
+  EXPECT_EQ((Sorted({"R10", "R2", "C1", "X1", "R1"})),
+            (std::vector<std::string>{"C1", "R1", "R2", "R10", "X1"}));
+}
+
+TEST(CmpsOrder, FirstCharacterIsCaseSensitive) {
+  EXPECT_EQ((Sorted({"r1", "R2"})), (std::vector<std::string>{"R2", "r1"}));
+}
+
+TEST(CmpsOrder, WholeNamesWithoutNumbers) {
+  EXPECT_EQ((Sorted({"Ra", "R1"})), (std::vector<std::string>{"R1", "Ra"}));
+  EXPECT_EQ((Sorted({"Rb", "RA", "R"})), (std::vector<std::string>{"RA", "Rb", "R"}))
+      << "a one-character name compares equal to any of its first letter";
+  EXPECT_EQ((Sorted({"Rc", "rB", "RA"})), (std::vector<std::string>{"RA", "Rc", "rB"}));
+}
+
+TEST(CmpsOrder, EqualNumbersKeepFileOrder) {
+  EXPECT_EQ((Sorted({"R1b", "R1a", "R01", "C5"})),
+            (std::vector<std::string>{"C5", "R1b", "R1a", "R01"}));
+}
+
+TEST(CmpsOrder, LabelsThenVariablesGoLast) {
+  CCmps cmps;
+  cmps.Add(Named("b", false, true));
+  cmps.Add(Named("A", true));
+  cmps.Add(Named("Z9"));
+  cmps.Add(Named("a", false, true));
+  cmps.Add(Named("0", true));
+  cmps.Sort();
+  EXPECT_EQ(Names(cmps), (std::vector<std::string>{"Z9", "0", "A", "a", "b"}));
+}
+
+TEST(CmpsOrder, SingleComponentIsNotCompared) {
+  CCmps cmps;
+  cmps.Add(Named("R1"));
+  cmps.Sort();
+  EXPECT_EQ(static_cast<CCountingCmp*>(cmps[0])->questions, 0);
+  cmps.Add(Named("C1"));
+  cmps.Sort();
+  EXPECT_EQ(Names(cmps), (std::vector<std::string>{"C1", "R1"}));
+}
+
+TEST(CmpsOrder, LongerListsSortCompletely) {
+  EXPECT_EQ((Sorted({"X3", "X2", "X1", "C3", "C2", "C1", "A1"})),
+            (std::vector<std::string>{"A1", "C1", "C2", "C3", "X1", "X2", "X3"}));
+}
+
+TEST(CmpsFind, NamesIgnoreCaseAndFirstMatchWins) {
+  CCmps cmps;
+  AddSorted(cmps, {"r1", "R1"});
+  ASSERT_EQ(cmps.Count(), 2);
+  EXPECT_EQ(cmps.Find("r1"), cmps[0]);
+  EXPECT_EQ(cmps[0]->name, "R1");
+  EXPECT_EQ(cmps.Find(""), nullptr);
+  EXPECT_EQ(cmps.Find("R2"), nullptr);
+  EXPECT_EQ(cmps.FindByPath("R1"), cmps[0]);
+  EXPECT_EQ(cmps.FindByPath(" R1 "), cmps[0]);
+  EXPECT_EQ(cmps.FindByPath("R1.R"), nullptr);  // not a subcircuit
+  EXPECT_EQ(cmps.FindByPath(""), nullptr);
+  EXPECT_EQ(cmps.FindByPath(".R"), nullptr);
+}
+
+TEST(CmpsFind, QuotedNamesMayHoldPoints) {
+  CCmps cmps;
+  cmps.Add(MakeTestCmp("A.B"));
+  CParam p;
+  ASSERT_TRUE(cmps.FindParam("\"A.B\".K", p));
+  EXPECT_STREQ(p.Name, "K");
+  EXPECT_EQ(cmps.FindByPath("\"A.B\""), cmps[0]);
+}
+
+TEST(CmpsFind, ParametersByPath) {
+  CCmps cmps;
+  cmps.Add(MakeTestCmp("R1"));
+  cmps.Add(MakeTestCmp("X1", "SubCir"));
+  CParam p;
+  ASSERT_TRUE(cmps.FindParam("R1", p));
+  EXPECT_STREQ(p.Name, "R");
+  ASSERT_TRUE(cmps.FindParam("R1.", p));
+  EXPECT_STREQ(p.Name, "R");
+  ASSERT_TRUE(cmps.FindParam("r1.ic", p));
+  EXPECT_STREQ(p.Name, "IC");
+  EXPECT_EQ(std::get<std::string*>(p.Value), &static_cast<CTestCmp*>(cmps[0])->Ic);
+  EXPECT_FALSE(cmps.FindParam("R1.nonsense", p));
+  EXPECT_FALSE(cmps.FindParam("X1.R1.R", p));  // no inner collection
+  EXPECT_FALSE(cmps.FindParam("", p));
+  EXPECT_FALSE(cmps.FindParam("R9.R", p));
+  ASSERT_NE(cmps.FindFormula("R1.K"), nullptr);
+  EXPECT_EQ(cmps.FindFormula("R1.K"), &static_cast<CTestCmp*>(cmps[0])->K);
+  EXPECT_EQ(cmps.FindFormula("R1.IC"), nullptr);
+  EXPECT_EQ(cmps.FindComponent("R1"), cmps[0]);
+  EXPECT_EQ(cmps.FindVariable("R1.R"), nullptr);
+}
+
+TEST(CmpsFind, ValuesByPath) {
+  CCmps cmps;
+  cmps.Add(MakeTestCmp("R1"));
+  auto* r1 = static_cast<CTestCmp*>(cmps[0]);
+  r1->R.Value = 4.7;
+  TValue out;
+  EXPECT_EQ(cmps.FindValue(std::string("R1.R"), &out), &out);
+  EXPECT_EQ(out.Type, VT_DOUBLE);
+  EXPECT_EQ(out.Dbl, 4.7);
+  EXPECT_EQ(cmps.FindValue(std::string("R1"), &out), &out);  // the first parameter
+  EXPECT_EQ(cmps.FindValue(std::string("R1.x"), &out), nullptr);
+  EXPECT_EQ(cmps.FindValue(std::string(""), &out), nullptr);
+  // For formulas a name needs its point.
+  TValue value;
+  EXPECT_FALSE(cmps.FindValue("R1", value));
+  EXPECT_TRUE(cmps.FindValue("R1.R", value));
+  EXPECT_EQ(value.Dbl, 4.7);
+  EXPECT_FALSE(cmps.FindValue("R1.", value));
+  r1->R.Invalid = true;
+  EXPECT_THROW(cmps.FindValue(std::string("R1.R"), &out), RaisedError);
+  EXPECT_THROW(cmps.FindValue("R1.R", value), RaisedError);
+}
+
+TEST(CmpsFormulas, NamesResolveThroughTheCollection) {
+  CCmps cmps;
+  cmps.Add(MakeTestCmp("R1"));
+  static_cast<CTestCmp*>(cmps[0])->R.Value = 3.0;
+  EXPECT_EQ(EvaluateExpression("R1.R * 2 + r1.k", &cmps, nullptr, nullptr, nullptr, false), 8.0);
+  EXPECT_THROW(EvaluateExpression("R2.R", &cmps, nullptr, nullptr, nullptr, false), RaisedError);
+}
+
+TEST(CmpsFormulas, LogicLevelsComeFromTheDocument) {
+  class CLevels : public CEvalContext {
+   public:
+    double LogicHigh() const override { return 3.3; }
+  } levels;
+  CCmps cmps;
+  EXPECT_EQ(cmps.LogicHigh(), 5.0);
+  cmps.document = &levels;
+  EXPECT_EQ(cmps.LogicHigh(), 3.3);
+  EXPECT_EQ(EvaluateExpression("high", &cmps, nullptr, nullptr, nullptr, false), 3.3);
+}
+
+TEST(CmpsFormulas, UpdateRunsUntilNothingChanges) {
+  CCmps cmps;
+  cmps.Add(MakeTestCmp("A"));
+  cmps.Add(MakeTestCmp("B"));
+  auto* a = static_cast<CTestCmp*>(cmps[0]);
+  auto* b = static_cast<CTestCmp*>(cmps[1]);
+  a->R.Text = "=B.R+1";
+  b->R.Text = "2";
+  EXPECT_TRUE(cmps.UpdateFormulas());
+  EXPECT_EQ(a->R.Value, 3.0);
+  EXPECT_EQ(b->R.Value, 2.0);
+  EXPECT_EQ(b->R.Text, "");  // a plain number is evaluated once
+  EXPECT_EQ(a->R.Text, "=B.R+1");
+  EXPECT_FALSE(cmps.UpdateFormulas());
+}
+
+TEST(CmpsFormulas, InvalidFormulasAreRetriedAndStayInvalidOnFailure) {
+  CCmps cmps;
+  cmps.Add(MakeTestCmp("A"));
+  auto* a = static_cast<CTestCmp*>(cmps[0]);
+  a->K.Text = "=nothing.R";
+  a->R.Text = "=5";
+  a->R.Value = 5.0;
+  a->R.Invalid = true;
+  EXPECT_TRUE(cmps.UpdateFormulas());  // the invalid flag cleared counts as a change
+  EXPECT_FALSE(a->R.Invalid);
+  EXPECT_TRUE(a->K.Invalid);
+  CParam k;
+  ASSERT_TRUE(a->FindParam("K", k));
+  EXPECT_EQ(GetDisplayText(k), "#VAL");
+}
+
+TEST(CmpsFormulas, RingsOfFormulasAreCutOff) {
+  CCmps cmps;
+  cmps.Add(MakeTestCmp("A"));
+  cmps.Add(MakeTestCmp("B"));
+  cmps.Add(MakeTestCmp("C"));
+  auto* a = static_cast<CTestCmp*>(cmps[0]);
+  auto* b = static_cast<CTestCmp*>(cmps[1]);
+  auto* c = static_cast<CTestCmp*>(cmps[2]);
+  a->R.Text = "=B.R+1";
+  b->R.Text = "=A.R+1";
+  c->R.Text = "=C.K*2";
+  EXPECT_TRUE(cmps.UpdateFormulas());
+  EXPECT_TRUE(a->R.Invalid);
+  EXPECT_TRUE(b->R.Invalid);
+  EXPECT_FALSE(c->R.Invalid);
+  EXPECT_EQ(c->R.Value, 4.0);
+  // A self-reference entered by text is refused.
+  CParam r;
+  ASSERT_TRUE(c->FindParam("R", r));
+  SetLastError("");
+  EXPECT_EQ(SetText(r, "=C.R+1", &cmps, nullptr), -1);
+  EXPECT_EQ(LastError(), "Circular reference");
+  std::string error;
+  bool ok = true;
+  SetFromExpression(r, error, "=2*c.r", &cmps, nullptr, ok);
+  EXPECT_FALSE(ok);
+  EXPECT_EQ(error, "Error : Circular reference");
+}
+
+TEST(CmpsAssign, ReadsAndSetsByText) {
+  CCmps cmps;
+  cmps.Add(MakeTestCmp("R1"));
+  auto* r1 = static_cast<CTestCmp*>(cmps[0]);
+  std::string result;
+  bool ok = false;
+  double number = 0;
+  EXPECT_EQ(cmps.Assign(20, "R1.model", "", result, ok), r1);
+  EXPECT_TRUE(ok);
+  EXPECT_EQ(result, "Linear");
+  cmps.Assign(20, "R1.MODEL", "pwl", result, ok);
+  EXPECT_TRUE(ok);
+  EXPECT_EQ(result, "PWL");
+  EXPECT_EQ(r1->modelIndex, 1);
+  cmps.Assign(20, "R1.model", "none", result, ok);
+  EXPECT_FALSE(ok);
+  EXPECT_EQ(result, "none not found");
+  r1->modelIndex = 0;
+
+  cmps.Assign(20, "R1.r", "2*3", result, ok, nullptr, &number);
+  EXPECT_TRUE(ok) << result;
+  EXPECT_EQ(result, "6");
+  EXPECT_EQ(number, 6.0);
+  EXPECT_EQ(r1->R.Value, 6.0);
+  cmps.Assign(3, "R1.R", "1/3", result, ok, nullptr, &number);
+  EXPECT_TRUE(ok);
+  EXPECT_DOUBLE_EQ(r1->R.Value, 0.333);
+  cmps.Assign(20, "R1.R", "", result, ok, nullptr, &number);
+  EXPECT_TRUE(ok);
+  EXPECT_EQ(result, "333e-3");
+  EXPECT_DOUBLE_EQ(number, 0.333);
+  cmps.Assign(20, "R1", "", result, ok);  // the first parameter
+  EXPECT_EQ(result, "333e-3");
+  cmps.Assign(20, "R1.Mode", "slow", result, ok);
+  EXPECT_TRUE(ok);
+  EXPECT_EQ(result, "Slow");
+  cmps.Assign(20, "R1.R", "R1.K*10", result, ok);
+  EXPECT_TRUE(ok) << result;
+  EXPECT_EQ(r1->R.Value, 20.0);
+}
+
+TEST(CmpsAssign, Failures) {
+  CCmps cmps;
+  cmps.Add(MakeTestCmp("R1"));
+  std::string result;
+  bool ok = true;
+  EXPECT_EQ(cmps.Assign(20, "Q1.R", "1", result, ok), nullptr);
+  EXPECT_FALSE(ok);
+  EXPECT_EQ(result, "Q1.R not found");
+  ok = true;
+  EXPECT_EQ(cmps.Assign(20, ".R", "1", result, ok), nullptr);
+  EXPECT_FALSE(ok);
+  EXPECT_EQ(result, ".R not found");
+  ok = true;
+  EXPECT_NE(cmps.Assign(20, "R1.Q", "1", result, ok), nullptr);
+  EXPECT_FALSE(ok);
+  EXPECT_EQ(result, "Q not found");
+  ok = true;
+  cmps.Assign(20, "R1.R", "1+nothing", result, ok);
+  EXPECT_FALSE(ok);
+  EXPECT_EQ(result.rfind("Error : ", 0), 0u) << result;
+  ok = true;
+  cmps.Assign(20, "R1.Active", "maybe", result, ok);
+  EXPECT_FALSE(ok);
+  EXPECT_EQ(result.rfind("Error : ", 0), 0u) << result;
+}
+
+TEST(CmpsCheck, OnlyConnectedComponentsAreCheckedAndAllOfThem) {
+  CCmps cmps;
+  auto add = [&](const std::string& name, std::vector<int32_t> pins, bool result) {
+    auto cmp = std::make_unique<CCountingCmp>(false, false, result);
+    cmp->name = name;
+    cmp->SetPinCount(static_cast<int>(pins.size()));
+    cmp->pins = pins;
+    CCountingCmp* raw = cmp.get();
+    cmps.Add(std::move(cmp));
+    return raw;
+  };
+  CCountingCmp* open = add("A1", {-1, -1}, false);
+  CCountingCmp* bad1 = add("A2", {0, -1}, false);
+  CCountingCmp* good = add("A3", {1, 2}, true);
+  CCountingCmp* bad2 = add("A4", {3, -5}, false);
+  CCountingCmp* pinless = add("A5", {}, true);
+  CCountingCmp* unset = add("A6", {}, false);
+  unset->pinCount = -1;
+  SetLastError("");
+  EXPECT_FALSE(cmps.CheckParams());
+  EXPECT_EQ(open->checks, 0);
+  EXPECT_EQ(bad1->checks, 1);
+  EXPECT_EQ(good->checks, 1);
+  EXPECT_EQ(bad2->checks, 1);
+  EXPECT_EQ(pinless->checks, 1);
+  EXPECT_EQ(unset->checks, 0);
+  EXPECT_EQ(LastError(), "A2 : bad; A4 : bad; ");
+}
+
+TEST(CmpsNodes, OffsetSaveAndRestore) {
+  CCmps cmps;
+  cmps.Add(MakeTestCmp("A"));
+  cmps.Add(MakeTestCmp("B"));
+  cmps[0]->pins = {1, 0};
+  cmps[1]->pins = {-1, 4};
+  EXPECT_EQ(cmps.SaveNodes(), (std::vector<int32_t>{1, 0, -1, 4}));
+  const std::vector<int32_t> saved = cmps.SaveNodes();
+  EXPECT_EQ(cmps.OffsetNodes(10), 14);
+  EXPECT_EQ(cmps.SaveNodes(), (std::vector<int32_t>{11, 0, -1, 14}));
+  cmps.RestoreNodes(nullptr);
+  EXPECT_EQ(cmps.SaveNodes(), (std::vector<int32_t>{11, 0, -1, 14}));
+  cmps.RestoreNodes(saved.data());
+  EXPECT_EQ(cmps.SaveNodes(), saved);
+  CCmps empty;
+  EXPECT_EQ(empty.OffsetNodes(3), 0);
+}
+
+TEST(CmpsSerialize, StoresOneElementPerComponentInOrder) {
+  CCmps cmps;
+  cmps.Add(MakeTestCmp("R2"));
+  cmps.Add(MakeTestCmp("R1"));
+  CXmlNode element("Cmps");
+  EXPECT_TRUE(cmps.Serialize(&element));
+  ASSERT_EQ(element.GetChildCount(), 2);
+  EXPECT_EQ(element.GetChild(0)->name, "Cmp");
+  EXPECT_EQ(element.GetChild(0)->GetEncodedAttribute("name", ""), "R2");
+  EXPECT_EQ(element.GetChild(1)->GetAttribute("type"), "T_TEST");
+  EXPECT_FALSE(cmps.Serialize(nullptr));
+}
+
+TEST(CmpsSerialize, UnknownTypesStopTheLoad) {
+  if (CElemSet::Instance().Find("R_R") == nullptr) GTEST_SKIP() << "resistors not linked";
+  CXmlNode element("Cmps");
+  ASSERT_EQ(element.LoadFromText("<Cmps>"
+                                 "<Cmp type=\"R_R\" id=\"1\" name=\"R2\" node0=\"1\" node1=\"0\" model=\"R\" />"
+                                 "<Cmp type=\"R_R\" id=\"2\" name=\"R1\" node0=\"1\" node1=\"0\" model=\"R\" />"
+                                 "<Cmp type=\"r_r\" id=\"3\" name=\"R3\" />"
+                                 "<Cmp type=\"R_R\" id=\"4\" name=\"R0\" model=\"R\" />"
+                                 "</Cmps>"),
+            0);
+  SetLastError("");
+  CCmps cmps;
+  EXPECT_FALSE(cmps.Serialize(&element));
+  EXPECT_EQ(LastError(), "Component type 'r_r' not found");
+  EXPECT_EQ(Names(cmps), (std::vector<std::string>{"R2", "R1"}));  // kept, not sorted
+}
+
+TEST(CmpsSerialize, LoadsSortsAndKeepsBadModels) {
+  if (CElemSet::Instance().Find("R_R") == nullptr) GTEST_SKIP() << "resistors not linked";
+  CXmlNode element("Cmps");
+  ASSERT_EQ(element.LoadFromText("<Cmps>"
+                                 "<Cmp type=\"var\" id=\"5\" name=\"v\" />"
+                                 "<Cmp type=\"label\" id=\"4\" name=\"in\" node0=\"1\" model=\"Label\" />"
+                                 "<Cmp type=\"R_R\" id=\"1\" name=\"R10\" node0=\"1\" node1=\"0\" model=\"R\" />"
+                                 "<Cmp type=\"R_R\" id=\"2\" name=\"R9\" node0=\"1\" node1=\"0\" model=\"Nope\" />"
+                                 "</Cmps>"),
+            0);
+  SetLastError("");
+  CCmps cmps;
+  EXPECT_TRUE(cmps.Serialize(&element));
+  EXPECT_NE(LastError().find("Model 'Nope' not found for R9"), std::string::npos) << LastError();
+  ASSERT_EQ(cmps.Count(), 4);
+  EXPECT_EQ(cmps[0]->name, "R9");
+  EXPECT_EQ(cmps[1]->name, "R10");
+  EXPECT_TRUE(cmps[2]->IsLabel());
+  EXPECT_TRUE(cmps[3]->IsVariable());
+  EXPECT_EQ(cmps[3]->id, 5);
+  CXmlNode empty("Cmps");
+  empty.storing = false;
+  CCmps none;
+  EXPECT_TRUE(none.Serialize(&empty));
+  EXPECT_EQ(none.Count(), 0);
+}
+
+}  // namespace
+}  // namespace tz4

@@ -1,0 +1,205 @@
+// CXmlNode as a tree and as an archive: tree operations, typed attributes,
+// the two-way helpers and percent-encoding.
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "doc/xml_node.h"
+#include "expr/numtext.h"
+
+using tz4::CXmlNode;
+using tz4::PercentDecode;
+using tz4::PercentEncode;
+
+namespace {
+
+// Writes `node` inline and reads it back into a fresh node in load direction.
+std::unique_ptr<CXmlNode> Reload(const CXmlNode& node) {
+  auto copy = std::make_unique<CXmlNode>();
+  const std::string text = node.WriteInline();
+  EXPECT_EQ(copy->ParseElement(text, 0), text.size()) << text;
+  return copy;
+}
+
+TEST(XmlPercentEncoding, EncodeAndDecode) {
+  EXPECT_EQ(PercentEncode("a b&c"), "a+b%26c");
+  EXPECT_EQ(PercentEncode("AZaz09!'()*-._~"), "AZaz09!'()*-._~");
+  EXPECT_EQ(PercentEncode(std::string("\"<>/=%+\xe9\x01", 9)), "%22%3c%3e%2f%3d%25%2b%e9%01");
+  EXPECT_EQ(PercentDecode("a+b%26c%4A"), "a b&cJ");
+  EXPECT_EQ(PercentDecode("100 %"), "100 ");  // a bare "%" decodes to zero and ends the text
+  EXPECT_EQ(PercentDecode("x%00yz"), "x");
+  EXPECT_EQ(PercentDecode("a%zzb"), "a");
+  EXPECT_EQ(PercentDecode("%4gX"), std::string("\x04X", 2));  // the escape takes three characters
+
+  std::string all;
+  for (int c = 1; c < 256; ++c) all += static_cast<char>(c);
+  const std::string encoded = PercentEncode(all);
+  EXPECT_EQ(encoded.find_first_of(" \"<>/=&\r\n"), std::string::npos);
+  EXPECT_EQ(PercentDecode(encoded), all);
+}
+
+TEST(XmlTree, FindChildWalksAndCarriesDirection) {
+  CXmlNode root("TZ4");
+  root.AddChild("A");
+  root.AddChild("B");
+  root.AddChild("A");
+  root.storing = false;
+  EXPECT_EQ(root.FindChild("A", 1), root.GetChild(2));
+  EXPECT_EQ(root.searchIndex, 2);
+  EXPECT_FALSE(root.GetChild(1)->storing);  // passed over, still given the direction
+  EXPECT_TRUE(root.GetChild(0)->storing);   // not looked at
+  EXPECT_EQ(root.FindChild("a"), nullptr);  // names compare exactly
+  EXPECT_EQ(root.AddChild("C")->storing, false);
+
+  std::string order;  // an empty name matches every child
+  for (CXmlNode* child = root.FindChild(""); child; child = root.FindChild("", root.searchIndex + 1)) {
+    order += child->name;
+  }
+  EXPECT_EQ(order, "ABAC");
+  EXPECT_EQ(root.searchIndex, 4);
+  EXPECT_EQ(root.FindChild("", -1), nullptr);
+}
+
+TEST(XmlTree, DeleteChildAndClear) {
+  CXmlNode root("R");
+  root.AddChild("a");
+  root.AddChild("b")->AddChild("deep")->AddChild("deeper");
+  root.DeleteChild(0);
+  root.DeleteChild(5);
+  ASSERT_EQ(root.GetChildCount(), 1);
+  EXPECT_EQ(root.GetChild(0)->name, "b");
+  root.DeleteChild(0);
+  EXPECT_EQ(root.GetChildCount(), 0);
+  EXPECT_EQ(root.WriteInline(), "<R />");
+
+  root.AddAttribute("x", "1");
+  root.text = "t";
+  root.AddChild("c");
+  root.storing = false;
+  root.Clear();
+  EXPECT_EQ(root.WriteInline(), "<R />");
+  EXPECT_TRUE(root.storing);
+}
+
+TEST(XmlAttributes, AddSetAndLookup) {
+  CXmlNode node("N");
+  node.AddAttribute("x", "1");
+  node.AddAttribute("x", "2");
+  node.AddAttribute("y", "");
+  EXPECT_EQ(node.GetAttribute("x", "d"), "1");  // first one wins
+  EXPECT_EQ(node.GetAttribute("y", "d"), "");
+  EXPECT_EQ(node.GetAttribute("z", "d"), "d");
+  EXPECT_FALSE(node.HasAttribute("X"));
+  node.SetAttribute("x", "3");  // the first pair only
+  node.SetAttribute("w", "4");
+  EXPECT_EQ(node.WriteInline(), "<N x=\"3\" x=\"2\" y=\"\" w=\"4\" />");
+  std::string name = "n", value = "v";
+  node.GetAttribute(4, name, value);
+  EXPECT_TRUE(name.empty() && value.empty());
+}
+
+TEST(XmlAttributes, TypedReaders) {
+  CXmlNode node("N");
+  node.AddAttribute("abc", "abc");
+  node.AddAttribute("empty", "");
+  node.AddAttribute("num", " -42x");
+  node.AddAttribute("huge", "99999999999");
+  node.AddAttribute("True", "True");
+  node.AddAttribute("true", "true");
+  node.AddAttribute("enc", "a+b");
+  EXPECT_EQ(node.GetIntAttribute("abc", 5), 0);  // not a number: 0, not the default
+  EXPECT_EQ(node.GetIntAttribute("empty", 5), 5);
+  EXPECT_EQ(node.GetIntAttribute("num", 5), -42);
+  EXPECT_EQ(node.GetIntAttribute("huge", 5), 2147483647);
+  EXPECT_FALSE(node.GetBoolAttribute("True", true));  // only the exact word counts
+  EXPECT_TRUE(node.GetBoolAttribute("true", false));
+  EXPECT_TRUE(node.GetBoolAttribute("empty", true));
+  EXPECT_DOUBLE_EQ(node.GetDoubleAttribute("empty", 1.5), 1.5);
+  EXPECT_EQ(node.GetEncodedAttribute("enc", "d"), "a b");
+  EXPECT_EQ(node.GetEncodedAttribute("empty", "d"), "");
+  EXPECT_EQ(node.GetEncodedAttribute("missing", "a+b"), "a+b");  // the default is no file text
+}
+
+TEST(XmlArchive, StoreThenLoadGivesTheSameFields) {
+  struct Formula {
+    std::string Text;
+    double Value = 0;
+  };
+  CXmlNode out("Cmp");
+  std::string plain = "R1", encoded = "  a b&c \"q\"", child = "line 1\nline 2";
+  Formula r{"=2*k", 1.5e3}, c{"", -0.25};
+  int count = 7;
+  bool flag = true;
+  double number = 0.001;
+  out.ArchiveString("plain", plain);
+  out.ArchiveEncodedString("enc", encoded);
+  out.ArchiveChildString("Attachment", child);
+  out.ArchiveValue("r", r);
+  out.ArchiveValue("c", c.Text, c.Value);
+  out.ArchiveInt("n", count);
+  out.ArchiveBool("f", flag);
+  out.ArchiveDouble("d", number);
+  out.SetEncodedText("x<y");
+  EXPECT_EQ(out.WriteInline(),
+            "<Cmp plain=\"R1\" enc=\"++a+b%26c+%22q%22\" r_str=\"%3d2*k\" r=\"" + tz4::FormatNumber(1500) +
+                "\" c=\"" + tz4::FormatNumber(-0.25) + "\" n=\"7\" f=\"true\" d=\"" + tz4::FormatNumber(0.001) +
+                "\"><Attachment v=\"line+1%0aline+2\" /></Cmp>");
+
+  auto in = Reload(out);
+  EXPECT_FALSE(in->storing);
+  std::string plain2, encoded2, child2;
+  Formula r2{"x", 0}, c2{"stale", 0};
+  int count2 = 0;
+  bool flag2 = false;
+  double number2 = 0;
+  in->ArchiveString("plain", plain2);
+  in->ArchiveEncodedString("enc", encoded2);
+  in->ArchiveChildString("Attachment", child2);
+  in->ArchiveValue("r", r2);
+  in->ArchiveValue("c", c2);
+  in->ArchiveInt("n", count2);
+  in->ArchiveBool("f", flag2);
+  in->ArchiveDouble("d", number2);
+  EXPECT_EQ(plain2, plain);
+  EXPECT_EQ(encoded2, encoded);  // blanks at the ends survive the encoded form
+  EXPECT_EQ(child2, child);
+  EXPECT_EQ(r2.Text, r.Text);
+  EXPECT_DOUBLE_EQ(r2.Value, r.Value);
+  EXPECT_EQ(c2.Text, "");  // a missing "_str" empties the text
+  EXPECT_DOUBLE_EQ(c2.Value, c.Value);
+  EXPECT_EQ(count2, 7);
+  EXPECT_TRUE(flag2);
+  EXPECT_DOUBLE_EQ(number2, 0.001);
+}
+
+TEST(XmlArchive, MissingItemsKeepTheCurrentValues) {
+  CXmlNode in("Cmp");
+  in.storing = false;
+  std::string s = "keep", e = "keep+%", c = "keep";
+  double d = 3.0;
+  int i = 9;
+  bool b = true;
+  in.ArchiveString("s", s);
+  in.ArchiveEncodedString("e", e);
+  in.ArchiveChildString("C", c);
+  in.ArchiveDouble("d", d);
+  in.ArchiveInt("i", i);
+  in.ArchiveBool("b", b);
+  EXPECT_EQ(s + e + c, "keepkeep+%keep");
+  EXPECT_EQ(d, 3.0);
+  EXPECT_EQ(i, 9);
+  EXPECT_TRUE(b);
+  EXPECT_EQ(in.WriteInline(), "<Cmp />");
+}
+
+TEST(XmlArchive, RawValuesLoseEndBlanksAndCannotHoldQuotes) {
+  CXmlNode out("Cmp");
+  std::string padded = "  pad  ";
+  out.ArchiveString("raw", padded);
+  out.AddAttribute("q", "say \"hi\"");
+  auto in = Reload(out);
+  EXPECT_EQ(in->GetAttribute("raw", ""), "pad");
+  EXPECT_NE(in->GetAttribute("q", ""), "say \"hi\"");
+}
+
+}  // namespace

@@ -1,0 +1,509 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdio>
+#include <cstring>
+#include <memory>
+#include <string>
+#include <variant>
+#include <vector>
+
+#include "api/last_error.h"
+#include "components/cmp.h"
+#include "doc/cmps.h"
+#include "doc/xml_node.h"
+#include "expr/formula.h"
+#include "results/trace.h"
+#include "results/traces.h"
+#include "solver/calc.h"
+
+namespace tz4 {
+namespace {
+
+// A circuit as a host writes it: two traces of R1 and a function trace in
+// the file, a resistor with a row of its own (R2 = 0), a bridge whose model
+// allows only power traces, a variable, and a component whose model is not
+// in its table.
+const char* const kCircuit = R"xml(<?xml version="1.0"?>
+<TZ4>
+  <Version ver="2" />
+  <Doc>
+    <Tran>
+      <Settings step="1e-3" />
+      <Traces>
+        <Trace type="0" id="1" tracename="V(R1)" expr="V(R1)" />
+        <Trace type="1" id="1" tracename="I(R1)" expr="I(R1)" />
+        <Trace type="4" id="0" tracename="" expr="t%2a2" />
+      </Traces>
+    </Tran>
+    <Cmps>
+      <Cmp type="R_R" id="1" name="R1" node0="1" node1="2" model="R" r="1000" />
+      <Cmp type="R_R" id="4" name="R2" node0="2" node1="0" model="R" r="0" />
+      <Cmp type="R_R" id="5" name="R3" node0="2" node1="0" model="Nope" r="1" />
+      <Cmp type="D_BR" id="2" name="B1" node0="1" node1="2" node2="3" node3="4" model="Diode" />
+      <Cmp type="var" id="3" name="K" val="2.5" />
+    </Cmps>
+  </Doc>
+</TZ4>
+)xml";
+
+// A component that computes its traces itself for kind 2 (GetTraceInfo
+// false) and answers like a two-pin device otherwise.
+class CProbe : public CCmp {
+ public:
+  using CCmp::CCmp;
+  bool GetTraceInfo(int kind, int& a, int& b, int& r, double& value) override {
+    if (kind == 2) return false;
+    return CCmp::GetTraceInfo(kind, a, b, r, value);
+  }
+  double GetTraceValue(CCalc& calc, int kind) override { return 100.0 * kind + calc.V(1); }
+};
+
+const ModelInfo kProbeModels[] = {{"Probe", 99, nullptr, 0, 0, TRACE_V | TRACE_I | TRACE_P}, {}};
+const ElemType kProbeType{"Z_PROBE", 2, &MakeCmp<CProbe>, kProbeModels, 0, "Probe"};
+
+class TraceTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    root = std::make_unique<CXmlNode>("TZ4");
+    ASSERT_EQ(root->LoadFromText(kCircuit), 0);
+    root->storing = false;
+    CXmlNode* doc = root->FindChild("Doc");
+    ASSERT_NE(doc, nullptr);
+    ASSERT_TRUE(cmps.Serialize(doc->FindChild("Cmps")));
+    ASSERT_EQ(cmps.Count(), 5);
+    SetLastError("");
+    // Node numbers as the file gives them; x[i] = 10 * i, ground 0.
+    calc.x = {0.0, 10.0, 20.0, 30.0, 40.0, 50.0};
+  }
+
+  CXmlNode* TracesElement() {
+    CXmlNode* doc = root->GetChild(1);
+    CXmlNode* tran = doc->GetChild(0);
+    return tran->GetChild(1);
+  }
+
+  // Loads the three traces of the file.
+  void LoadTraces() { ASSERT_TRUE(traces.Serialize(TracesElement())); }
+
+  // Adds a trace, expecting success.
+  CTrace* Add(int type, const char* name) {
+    CTrace* trace = traces.Add(type, name, cmps, root.get());
+    EXPECT_NE(trace, nullptr) << LastError();
+    return trace;
+  }
+
+  // Binds and takes one sample at t; the recorded value.
+  double SampleOnce(CTrace* trace, double t = 0.5) {
+    EXPECT_TRUE(traces.Bind(calc, cmps)) << calc.error;
+    EXPECT_TRUE(traces.Sample(calc, cmps, t)) << calc.error;
+    double time = -1, value = -1;
+    EXPECT_TRUE(trace->data.GetAt(trace->data.Count() - 1, &time, &value));
+    EXPECT_EQ(time, t);
+    return value;
+  }
+
+  // The "tracename" of each child of the file's "Traces" element.
+  std::vector<std::string> ElementNames() {
+    std::vector<std::string> names;
+    CXmlNode* element = TracesElement();
+    for (int i = 0; i < element->GetChildCount(); ++i)
+      names.push_back(element->GetChild(i)->GetEncodedAttribute("tracename", "?"));
+    return names;
+  }
+  std::vector<std::string> ListNames() {
+    std::vector<std::string> names;
+    for (int i = 0; i < traces.Count(); ++i) names.push_back(traces[i]->name);
+    return names;
+  }
+
+  std::unique_ptr<CXmlNode> root;
+  CCmps cmps;
+  CCalc calc;
+  CTraces traces;
+};
+
+// ---- names and the file ----
+
+TEST_F(TraceTest, LoadReadsEveryChildAndNamesFallBackToExpr) {
+  LoadTraces();
+  ASSERT_EQ(traces.Count(), 3);
+  EXPECT_EQ(traces[0]->type, 0);
+  EXPECT_EQ(traces[0]->id, 1);
+  EXPECT_EQ(traces[0]->GetName(), "V(R1)");
+  EXPECT_EQ(traces[2]->type, 4);
+  EXPECT_EQ(traces[2]->name, "");
+  EXPECT_EQ(traces[2]->GetName(), "t*2");
+  EXPECT_EQ(traces[2]->handle, -1);
+  EXPECT_FALSE(traces.Serialize(nullptr));
+
+  // A child of any name counts, and missing attributes keep the defaults.
+  CXmlNode list("Traces");
+  list.storing = false;
+  list.AddChild("Other");
+  CTraces other;
+  ASSERT_TRUE(other.Serialize(&list));
+  ASSERT_EQ(other.Count(), 1);
+  EXPECT_EQ(other[0]->type, -1);
+  EXPECT_EQ(other[0]->id, -1);
+}
+
+TEST_F(TraceTest, NamesAreBuiltFromTheGivenTextAndFoundIgnoringCase) {
+  CTrace* v = Add(0, "R1");
+  CTrace* i = Add(1, "r1");
+  CTrace* p = Add(2, "B1");
+  CTrace* var = Add(3, "K");
+  CTrace* f = Add(4, "t * 2");
+  EXPECT_EQ(v->name, "V(R1)");
+  EXPECT_EQ(v->expr, "V(R1)");
+  EXPECT_EQ(i->name, "I(r1)");
+  EXPECT_EQ(p->name, "P(B1)");
+  EXPECT_EQ(var->name, "K");
+  EXPECT_EQ(f->name, "t * 2");
+  EXPECT_EQ(v->id, 1);
+  EXPECT_EQ(var->id, 3);
+  EXPECT_EQ(f->id, 0);
+  EXPECT_EQ(f->cmp, nullptr);
+  EXPECT_EQ(v->type, 0);
+  EXPECT_EQ(p->type, 2);
+
+  EXPECT_EQ(traces.Find("v(r1)"), 0);
+  EXPECT_EQ(traces.Find("I(R1)"), 1);
+  EXPECT_EQ(traces.Find("T * 2"), 4);
+  EXPECT_EQ(LastError(), "");
+
+  EXPECT_EQ(traces.Find("V(R9)"), -1);
+  EXPECT_EQ(LastError(), "trace V(R9) not found");
+  SetLastError("");
+  EXPECT_EQ(traces.Find(""), -1);
+  EXPECT_EQ(LastError(), "no trace name");
+  SetLastError("");
+  EXPECT_EQ(traces.Find(nullptr), -1);
+  EXPECT_EQ(LastError(), "NULL pointer");
+
+  // A like trace may be added again; the first one is found.
+  Add(0, "R1");
+  EXPECT_EQ(traces.Count(), 6);
+  EXPECT_EQ(traces.Find("V(R1)"), 0);
+}
+
+TEST_F(TraceTest, AddRefusesWithTheReason) {
+  struct Case {
+    int type;
+    const char* name;
+    const char* message;
+  };
+  const Case cases[] = {
+      {0, "B1", "V trace not allowed for component B1"},
+      {1, "B1", "I trace not allowed for component B1"},
+      {0, "R9", "component R9 not found"},
+      {2, "R3", "component model not found"},
+      {3, "Q", "variable Q not found"},
+      {5, "R1", "wrong trace type"},
+      {-1, "R1", "wrong trace type"},
+      {0, nullptr, "NULL pointer"},
+  };
+  for (const Case& c : cases) {
+    SetLastError("");
+    EXPECT_EQ(traces.Add(c.type, c.name, cmps, root.get()), nullptr) << c.message;
+    EXPECT_EQ(LastError(), c.message);
+  }
+  // Dotted names are not looked up: the search is of the top collection.
+  SetLastError("");
+  EXPECT_EQ(traces.Add(0, "X1.R1", cmps, root.get()), nullptr);
+  EXPECT_EQ(LastError(), "component X1.R1 not found");
+  EXPECT_EQ(traces.Count(), 0);
+  EXPECT_EQ(TracesElement()->GetChildCount(), 3);
+}
+
+int32_t handleCounter = 40;
+int32_t NextTestHandle() { return handleCounter++; }
+
+TEST_F(TraceTest, HandlesAreGivenOnceAndFound) {
+  LoadTraces();
+  handleCounter = 40;
+  EXPECT_EQ(CTraces::AssignHandle(*traces[1], &NextTestHandle), 40);
+  EXPECT_EQ(CTraces::AssignHandle(*traces[1], &NextTestHandle), 40);
+  EXPECT_EQ(CTraces::AssignHandle(*traces[0], &NextTestHandle), 41);
+  EXPECT_EQ(traces.FindByHandle(40), traces[1]);
+  EXPECT_EQ(traces.FindByHandle(-1), nullptr);
+  EXPECT_EQ(LastError(), "");
+  EXPECT_EQ(traces.FindByHandle(7), nullptr);
+  EXPECT_EQ(LastError(), "no trace");
+}
+
+// ---- the "Traces" element in step with the list ----
+
+TEST_F(TraceTest, AddAppendsAnElementThatReadsBackAsTheSameTrace) {
+  LoadTraces();
+  Add(0, "R2");
+  Add(4, "t + 100%");
+  ASSERT_EQ(TracesElement()->GetChildCount(), 5);
+  CXmlNode* element = TracesElement()->GetChild(3);
+  EXPECT_EQ(element->name, "Trace");
+  EXPECT_EQ(element->GetAttribute("type"), "0");
+  EXPECT_EQ(element->GetAttribute("id"), "4");
+  EXPECT_EQ(element->GetEncodedAttribute("tracename", ""), "V(R2)");
+  EXPECT_EQ(element->GetEncodedAttribute("expr", ""), "V(R2)");
+  EXPECT_FALSE(element->storing);
+
+  // Write the tree out and read it again: the list comes back as it was.
+  CXmlNode reread("TZ4");
+  ASSERT_EQ(reread.LoadFromText(root->WriteDocument()), 0);
+  reread.storing = false;
+  CTraces again;
+  ASSERT_TRUE(again.Serialize(reread.FindChild("Doc")->FindChild("Tran")->FindChild("Traces")));
+  ASSERT_EQ(again.Count(), 5);
+  for (int i = 0; i < 5; ++i) {
+    EXPECT_EQ(again[i]->GetName(), traces[i]->GetName());
+    EXPECT_EQ(again[i]->type, traces[i]->type);
+    EXPECT_EQ(again[i]->id, traces[i]->id);
+  }
+  EXPECT_EQ(again[4]->expr, "t + 100%");
+}
+
+TEST_F(TraceTest, DeletingKeepsListAndElementsParallel) {
+  LoadTraces();
+  ASSERT_EQ(ElementNames(), (std::vector<std::string>{"V(R1)", "I(R1)", ""}));
+  traces.Delete(traces[0], root.get());
+  EXPECT_EQ(traces.Count(), 2);
+  EXPECT_EQ(ElementNames(), (std::vector<std::string>{"I(R1)", ""}));
+  EXPECT_EQ(traces[0]->GetName(), "I(R1)");
+  EXPECT_EQ(traces[1]->GetName(), "t*2");
+
+  CTrace* added = Add(2, "R1");
+  traces.Delete(traces[1], root.get());
+  EXPECT_EQ(ElementNames(), ListNames());
+  EXPECT_EQ(traces[1], added);
+
+  // A trace that is not in the list changes nothing.
+  CTrace stranger;
+  traces.Delete(&stranger, root.get());
+  traces.Delete(nullptr, root.get());
+  EXPECT_EQ(traces.Count(), 2);
+  EXPECT_EQ(ElementNames(), ListNames());
+}
+
+TEST_F(TraceTest, AddToAFileWithoutTracesCreatesTheElements) {
+  CXmlNode bare("TZ4");
+  ASSERT_EQ(bare.LoadFromText("<TZ4>\n  <Doc>\n    <Cmps />\n  </Doc>\n</TZ4>\n"), 0);
+  bare.storing = false;
+  ASSERT_NE(traces.Add(0, "R1", cmps, &bare), nullptr);
+  CXmlNode* doc = bare.FindChild("Doc");
+  ASSERT_NE(doc, nullptr);
+  ASSERT_NE(doc->FindChild("Tran"), nullptr);
+  CXmlNode* list = doc->FindChild("Tran")->FindChild("Traces");
+  ASSERT_NE(list, nullptr);
+  EXPECT_EQ(list->GetChildCount(), 1);
+  traces.Delete(traces[0], &bare);
+  EXPECT_EQ(list->GetChildCount(), 0);
+  EXPECT_EQ(traces.Count(), 0);
+
+  // Without a tree the list alone changes.
+  ASSERT_NE(traces.Add(4, "t", cmps, nullptr), nullptr);
+  traces.Delete(traces[0], nullptr);
+  EXPECT_EQ(traces.Count(), 0);
+}
+
+TEST_F(TraceTest, AfterASaveAddGoesToAFreshChainAndDeleteFindsTheReadOne) {
+  LoadTraces();
+  root->storing = true;  // what a save leaves behind
+  const int rootChildren = root->GetChildCount();
+  CTrace* late = Add(0, "R2");
+  ASSERT_EQ(root->GetChildCount(), rootChildren + 1);
+  CXmlNode* fresh = root->GetChild(rootChildren);
+  EXPECT_EQ(fresh->name, "Doc");
+  CXmlNode* freshTraces = fresh->GetChild(0)->GetChild(0);
+  EXPECT_EQ(freshTraces->name, "Traces");
+  ASSERT_EQ(freshTraces->GetChildCount(), 1);
+  EXPECT_EQ(freshTraces->GetChild(0)->GetEncodedAttribute("tracename", ""), "V(R2)");
+  EXPECT_EQ(TracesElement()->GetChildCount(), 3);
+
+  // Deleting walks the tree as read, whatever its direction.
+  traces.Delete(traces[0], root.get());
+  EXPECT_EQ(ElementNames(), (std::vector<std::string>{"I(R1)", ""}));
+  traces.Delete(late, root.get());
+  EXPECT_EQ(ElementNames(), (std::vector<std::string>{"I(R1)", ""}));
+  EXPECT_EQ(traces.Count(), 2);
+  EXPECT_TRUE(root->storing);
+}
+
+// ---- binding and sampling ----
+
+TEST_F(TraceTest, VoltageCurrentAndPowerFromTheSolution) {
+  CTrace* v = Add(0, "R1");
+  CTrace* i = Add(1, "R1");
+  CTrace* p = Add(2, "R1");
+  ASSERT_TRUE(traces.Bind(calc, cmps));
+  EXPECT_EQ(v->cmp, nullptr);
+  EXPECT_EQ(v->nodeA, 1);
+  EXPECT_EQ(v->nodeB, 2);
+  EXPECT_EQ(i->factor, 1000.0);
+  ASSERT_TRUE(traces.Sample(calc, cmps, 0.25));
+  double t = 0, value = 0;
+  ASSERT_TRUE(v->data.GetAt(0, &t, &value));
+  EXPECT_EQ(t, 0.25);
+  EXPECT_DOUBLE_EQ(value, 10.0);  // x[2] - x[1]
+  ASSERT_TRUE(i->data.GetAt(0, &t, &value));
+  EXPECT_DOUBLE_EQ(value, 10.0 / 1000.0);
+  ASSERT_TRUE(p->data.GetAt(0, &t, &value));
+  EXPECT_DOUBLE_EQ(value, 10.0 * 10.0 / 1000.0);
+
+  // With a row of its own the current is read from it.
+  cmps.Find("R1")->firstRow = 5;
+  EXPECT_DOUBLE_EQ(SampleOnce(i, 1.0), 50.0);
+  EXPECT_DOUBLE_EQ(SampleOnce(p, 2.0), 10.0 * 50.0);
+}
+
+TEST_F(TraceTest, PowerWithNeitherRowNorResistanceRecordsTheVoltage) {
+  CTrace* p = Add(2, "R2");  // R = 0, no row: pins 2 and 0
+  CTrace* i = Add(1, "R2");
+  EXPECT_DOUBLE_EQ(SampleOnce(p), -20.0);
+  EXPECT_DOUBLE_EQ(SampleOnce(i, 0.75), 0.0);
+}
+
+TEST_F(TraceTest, AVariableTraceRecordsTheValueAtBinding) {
+  CTrace* k = Add(3, "K");
+  EXPECT_DOUBLE_EQ(SampleOnce(k), 2.5);
+  EXPECT_EQ(k->nodeA, 0);
+  EXPECT_EQ(k->nodeB, 0);
+}
+
+TEST_F(TraceTest, FileTracesBindByIdAndUnboundOnesRecordZero) {
+  LoadTraces();
+  CTraces extra;
+  CXmlNode list("Traces");
+  list.storing = false;
+  CXmlNode* byIdZero = list.AddChild("Trace");
+  byIdZero->AddAttribute("type", "0");
+  byIdZero->AddAttribute("id", "0");
+  byIdZero->AddAttribute("tracename", "V(R1)");
+  CXmlNode* unknownId = list.AddChild("Trace");
+  unknownId->AddAttribute("type", "0");
+  unknownId->AddAttribute("id", "77");
+  ASSERT_TRUE(extra.Serialize(&list));
+
+  ASSERT_TRUE(extra.Bind(calc, cmps));
+  EXPECT_DOUBLE_EQ(SampleOnce(traces[0]), 10.0);
+  EXPECT_DOUBLE_EQ(SampleOnce(traces[1]), 0.01);
+  ASSERT_TRUE(extra.Sample(calc, cmps, 1.0));
+  for (int k = 0; k < 2; ++k) {
+    double t = 0, value = -1;
+    ASSERT_TRUE(extra[k]->data.GetAt(0, &t, &value));
+    EXPECT_EQ(value, 0.0) << k;
+  }
+}
+
+TEST_F(TraceTest, AComponentThatComputesItsTraceIsAsked) {
+  auto probe = std::make_unique<CProbe>(kProbeType);
+  probe->name = "Z1";
+  probe->modelIndex = 0;
+  probe->pins = {3, 1};
+  CCmp* z = probe.get();
+  cmps.Add(std::move(probe));
+  CTrace* p = Add(2, "Z1");
+  CTrace* v = Add(0, "Z1");
+  EXPECT_EQ(p->id, 0);  // no "id": bound through the component named
+  EXPECT_DOUBLE_EQ(SampleOnce(p), 200.0 + 10.0);
+  EXPECT_EQ(p->cmp, z);
+  EXPECT_DOUBLE_EQ(SampleOnce(v, 1.0), 10.0 - 30.0);
+  EXPECT_EQ(v->cmp, nullptr);
+}
+
+TEST_F(TraceTest, FunctionTracesOfTimeOfPathsAndOfTheSimulation) {
+  CTrace* twice = Add(4, "t*2");
+  CTrace* constant = Add(4, " R1.R ");
+  CTrace* voltage = Add(4, "V(R1)*3 + P(R1)");
+  ASSERT_TRUE(traces.Bind(calc, cmps)) << calc.error;
+  EXPECT_EQ(twice->source, nullptr);
+  EXPECT_NE(constant->source, nullptr);
+  EXPECT_EQ(constant->expr, " R1.R ");
+  CParam r;
+  ASSERT_TRUE(cmps.Find("R1")->FindParam("R", r));
+  std::get<CFormula*>(r.Value)->Value = 5.0;
+  for (double t : {0.0, 0.5, 2.0}) ASSERT_TRUE(traces.Sample(calc, cmps, t)) << calc.error;
+
+  double time = 0, value = 0;
+  for (int k = 0; k < 3; ++k) {
+    ASSERT_TRUE(twice->data.GetAt(k, &time, &value));
+    EXPECT_DOUBLE_EQ(value, 2 * time);
+  }
+  // A path is read as it stood at binding: later changes do not show.
+  ASSERT_TRUE(constant->data.GetAt(0, &time, &value));
+  EXPECT_DOUBLE_EQ(value, 1000.0);
+  EXPECT_EQ(constant->data.Count(), 2);  // a flat stretch keeps two samples
+  ASSERT_TRUE(voltage->data.GetAt(0, &time, &value));
+  EXPECT_DOUBLE_EQ(value, 30.0 + 10.0 * 10.0 / 5.0);
+}
+
+TEST_F(TraceTest, FailuresOfFunctionTracesReachTheSolverError) {
+  Add(4, "nosuchname*2");
+  ASSERT_TRUE(traces.Bind(calc, cmps));
+  EXPECT_FALSE(traces.Sample(calc, cmps, 0.0));
+  EXPECT_FALSE(calc.error.empty());
+
+  // V() of a component whose model forbids it.
+  CTraces other;
+  calc.error.clear();
+  ASSERT_NE(other.Add(4, "V(B1)", cmps, nullptr), nullptr);
+  ASSERT_TRUE(other.Bind(calc, cmps));
+  EXPECT_FALSE(other.Sample(calc, cmps, 0.0));
+  EXPECT_EQ(calc.error, "'V' trace not supported by B1");
+}
+
+TEST_F(TraceTest, APathToAnInvalidFormulaFailsTheBinding) {
+  CCmp* r1 = cmps.Find("R1");
+  CParam param;
+  ASSERT_TRUE(r1->FindParam("R", param));
+  std::get<CFormula*>(param.Value)->Invalid = true;
+  Add(4, "R1.R");
+  CTrace* fine = Add(0, "R1");
+  EXPECT_FALSE(traces.Bind(calc, cmps));
+  EXPECT_EQ(calc.error, "Invalid value");
+  EXPECT_EQ(fine->nodeB, 2);  // the others are still bound
+}
+
+// ---- the binary tail ----
+
+TEST_F(TraceTest, WriteDataGivesAllSamplesInListOrder) {
+  CTrace* v = Add(0, "R1");
+  Add(4, "t");  // not sampled below: writes nothing
+  CTrace* i = Add(1, "R1");
+  ASSERT_TRUE(traces.Bind(calc, cmps));
+  for (int k = 0; k < 3; ++k) {
+    calc.x[2] = 20.0 + k;
+    v->Sample(calc, cmps, k);
+    i->Sample(calc, cmps, k);
+  }
+  std::FILE* file = std::tmpfile();
+  ASSERT_NE(file, nullptr);
+  ASSERT_TRUE(traces.WriteData(file));
+  ASSERT_EQ(std::fseek(file, 0, SEEK_END), 0);
+  const long size = std::ftell(file);
+  ASSERT_EQ(size, 6 * 16);
+  std::rewind(file);
+  unsigned char bytes[6 * 16];
+  ASSERT_EQ(std::fread(bytes, 1, sizeof bytes, file), sizeof bytes);
+  std::fclose(file);
+
+  auto read = [&](int record, int half) {
+    // Little-endian doubles.
+    unsigned long long bits = 0;
+    for (int b = 7; b >= 0; --b) bits = bits << 8 | bytes[record * 16 + half * 8 + b];
+    double value = 0;
+    std::memcpy(&value, &bits, sizeof value);
+    return value;
+  };
+  for (int k = 0; k < 3; ++k) {
+    EXPECT_EQ(read(k, 0), k);
+    EXPECT_DOUBLE_EQ(read(k, 1), 10.0 + k);
+    EXPECT_EQ(read(3 + k, 0), k);
+    EXPECT_DOUBLE_EQ(read(3 + k, 1), (10.0 + k) / 1000.0);
+  }
+  EXPECT_EQ(traces.SampleCounts(), (std::vector<int>{3, 0, 3}));
+  traces.Clear();
+  EXPECT_EQ(traces.SampleCounts(), (std::vector<int>{0, 0, 0}));
+}
+
+}  // namespace
+}  // namespace tz4

@@ -1,0 +1,335 @@
+// The solvers on small systems with known answers: regular, singular and
+// contradictory systems, the cancellation rule at its edge, the integration
+// set-ups against closed forms, the kept factorisation against the full
+// trapezoidal solve, and the pair solve of the initial conditions.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <vector>
+
+#include "doc/doc.h"
+#include "fake_cmp.h"
+
+namespace tz4 {
+namespace {
+
+using solvertest::Circuit;
+using solvertest::FakeCmp;
+
+// Stamps at t = 0, puts the constant term in x and solves; the solver's own
+// result, which the set-ups do not return.
+int SolveNow(CCalc& calc) {
+  EXPECT_TRUE(calc.StampMatrices(0.0));
+  EXPECT_TRUE(calc.StampSources(0.0));
+  for (int i = 1; i < calc.dim; ++i) {
+    const size_t ii = static_cast<size_t>(i);
+    calc.x[ii] = calc.rowFree[ii] ? 0.0 : calc.c[ii] + calc.s[ii];
+  }
+  return calc.Solve();
+}
+
+// A component that writes a dense block of A and c on rows of its own.
+FakeCmp& Block(Circuit& circuit, std::vector<std::vector<double>> a, std::vector<double> c) {
+  FakeCmp& block = circuit.Add("M", {}, static_cast<int32_t>(c.size()));
+  block.onStamp = [&block, a, c](CCalc& calc, int phase, double) {
+    if (phase != STAMP_MATRIX || calc.pass != 0) return 0;
+    const int r0 = block.firstRow;
+    for (size_t i = 0; i < c.size(); ++i) {
+      for (size_t j = 0; j < c.size(); ++j)
+        calc.A[static_cast<size_t>(r0) + i][r0 + static_cast<int>(j)] = a[i][j];
+      calc.c[static_cast<size_t>(r0) + i] = c[i];
+    }
+    return 0;
+  };
+  return block;
+}
+
+TEST(CalcSolve, ResistiveDivider) {
+  Circuit circuit;
+  circuit.Source("V1", 0, 1, 10.0);
+  circuit.Resistor("R1", 1, 2, 1000.0);
+  circuit.Resistor("R2", 2, 0, 3000.0);
+  ASSERT_TRUE(circuit.Build());
+  CCalc& calc = circuit.calc;
+  ASSERT_EQ(calc.dim, 4);
+  EXPECT_EQ(SolveNow(calc), 0);
+  EXPECT_NEAR(calc.x[1], 10.0, 1e-12);
+  EXPECT_NEAR(calc.x[2], 7.5, 1e-12);
+  EXPECT_NEAR(calc.x[3], -2.5e-3, 1e-15);  // current from b to a through the source
+  for (int i = 1; i < 4; ++i) EXPECT_EQ(calc.rowMark[static_cast<size_t>(i)], 0);
+}
+
+TEST(CalcSolve, PivotingFindsTheOnlyNonZeroRow) {
+  // 0*x1 + 2*x2 = 4 and 3*x1 + 1*x2 = 5: the first column's pivot is row 2.
+  Circuit circuit;
+  Block(circuit, {{0, 2}, {3, 1}}, {-4, -5});
+  ASSERT_TRUE(circuit.Build());
+  EXPECT_EQ(SolveNow(circuit.calc), 0);
+  EXPECT_NEAR(circuit.calc.x[1], 1.0, 1e-14);
+  EXPECT_NEAR(circuit.calc.x[2], 2.0, 1e-14);
+}
+
+TEST(CalcSolve, EqualSourcesInParallelLeaveTheCurrentsFree) {
+  Circuit circuit;
+  circuit.Source("V1", 0, 1, 5.0);
+  circuit.Source("V2", 0, 1, 5.0);
+  circuit.Resistor("R1", 1, 0, 1000.0);
+  ASSERT_TRUE(circuit.Build());
+  CCalc& calc = circuit.calc;
+  EXPECT_EQ(SolveNow(calc), 1);
+  EXPECT_NEAR(calc.x[1], 5.0, 1e-12);
+  EXPECT_EQ(calc.x[3], 0.0);
+  EXPECT_EQ(calc.rowMark[3], 1);
+  EXPECT_EQ(calc.rowMark[2], 1);  // depends on the free current
+  EXPECT_EQ(calc.rowMark[1], 0);
+}
+
+TEST(CalcSolve, DifferentSourcesInParallelContradict) {
+  Circuit circuit;
+  circuit.Source("V1", 0, 1, 5.0);
+  circuit.Source("V2", 0, 1, 6.0);
+  ASSERT_TRUE(circuit.Build());
+  CCalc& calc = circuit.calc;
+  EXPECT_EQ(SolveNow(calc), -1);
+  EXPECT_EQ(calc.rowMark[3], 255);
+  EXPECT_EQ(calc.rowMark[2], 255);
+  EXPECT_EQ(calc.rowMark[1], 0);
+  EXPECT_EQ(calc.NamesAtRow(3), "V2");
+  EXPECT_EQ(calc.NamesAtRow(1), "V1, V2");
+}
+
+// 1 - (1 - 1e-12) is noise for zero = 1e-11 and a value for zero = 1e-13.
+TEST(CalcSolve, CancellationRuleAtItsEdge) {
+  const std::vector<std::vector<double>> a = {{1.0, 1.0}, {1.0, 1.0 - 1e-12}};
+  const std::vector<double> c = {-1.0, -(1.0 - 1e-12)};
+  {
+    CDoc doc;
+    doc.settings.zero = 1e-11;
+    Circuit circuit(&doc);
+    Block(circuit, a, c);
+    ASSERT_TRUE(circuit.Build());
+    EXPECT_EQ(SolveNow(circuit.calc), 1);
+    EXPECT_EQ(circuit.calc.rowMark[2], 1);
+    EXPECT_EQ(circuit.calc.x[2], 0.0);
+    EXPECT_EQ(circuit.calc.x[1], 1.0);
+  }
+  {
+    CDoc doc;
+    doc.settings.zero = 1e-13;
+    Circuit circuit(&doc);
+    Block(circuit, a, c);
+    ASSERT_TRUE(circuit.Build());
+    EXPECT_EQ(SolveNow(circuit.calc), 0);
+    EXPECT_NEAR(circuit.calc.x[2], 1.0, 1e-3);
+    EXPECT_NEAR(circuit.calc.x[1], 0.0, 1e-3);
+  }
+}
+
+TEST(CalcSolve, FreeRowIsZeroWhateverItsCoefficients) {
+  Circuit circuit;
+  circuit.Source("V1", 0, 1, 5.0);
+  circuit.Resistor("R1", 1, 0, 1000.0);
+  FakeCmp& d = circuit.Diode("D1", 1, 0);
+  ASSERT_TRUE(circuit.Build());
+  const int r = d.firstRow;
+  FakeCmp& noise = circuit.Add("N", {});
+  noise.onStamp = [r](CCalc& calc, int phase, double) {
+    if (phase == STAMP_MATRIX && calc.pass == 1) {
+      calc.A[static_cast<size_t>(r)][1] = 3.0;
+      calc.c[static_cast<size_t>(r)] = 7.0;
+    }
+    return 0;
+  };
+  CCalc& calc = circuit.calc;
+  EXPECT_EQ(SolveNow(calc), 0);
+  EXPECT_EQ(calc.rowFree[static_cast<size_t>(r)], 1);
+  EXPECT_EQ(calc.x[static_cast<size_t>(r)], 0.0);
+  EXPECT_NEAR(calc.x[1], 5.0, 1e-12);
+}
+
+TEST(CalcSolve, EmptySystemSolvesTrivially) {
+  Circuit circuit;
+  ASSERT_TRUE(circuit.Build());
+  EXPECT_EQ(circuit.calc.dim, 1);
+  EXPECT_EQ(circuit.calc.total, 1);
+  EXPECT_TRUE(circuit.calc.StepAlgebraic(0.0, 1e-3));
+  EXPECT_EQ(circuit.calc.Solve(), 0);
+  EXPECT_EQ(circuit.calc.Factor(), 1);
+  EXPECT_EQ(circuit.calc.SolveIC(true), 0);
+  EXPECT_TRUE(circuit.calc.StepFactored(0.0));
+}
+
+TEST(CalcSolve, StampFailureStopsTheSetUp) {
+  Circuit circuit;
+  circuit.Resistor("R1", 1, 0, 1.0);
+  FakeCmp& bad = circuit.Add("B", {1, 0});
+  bad.onStamp = [](CCalc& calc, int phase, double) {
+    if (phase == STAMP_SOURCE) {
+      calc.error = "B: broken";
+      return 1;
+    }
+    return 0;
+  };
+  ASSERT_TRUE(circuit.Build());
+  EXPECT_FALSE(circuit.calc.StepAlgebraic(0.0, 1e-3));
+  EXPECT_FALSE(circuit.calc.StepTrapezoid(0.0, 1e-3));
+  EXPECT_FALSE(circuit.calc.FactorTrapezoid(0.0, 1e-3));
+  EXPECT_FALSE(circuit.calc.StepFactored(1e-3));
+  EXPECT_EQ(circuit.calc.SolveInitial(0.0, false, true), -1);
+}
+
+// Backward Euler on an RC discharge: V(n+1) = V(n) / (1 + h/RC).
+TEST(CalcSolve, EulerStepsDischargeAnRcCircuit) {
+  Circuit circuit;
+  circuit.Capacitor("C1", 0, 1, 1e-6, 1.0);
+  circuit.Resistor("R1", 1, 0, 1000.0);
+  ASSERT_TRUE(circuit.Build());
+  CCalc& calc = circuit.calc;
+  ASSERT_EQ(calc.SolveInitial(0.0, false, true), 0);
+  EXPECT_NEAR(calc.x[1], 1.0, 1e-15);
+  EXPECT_EQ(calc.lineUpdate, 0);
+  const double h = 1e-4, tau = 1e-3;
+  double expected = 1.0;
+  for (int n = 0; n < 10; ++n) {
+    calc.xPrev = calc.x;
+    ASSERT_TRUE(calc.StepEuler(n * h, h));
+    EXPECT_EQ(calc.lineUpdate, 1);
+    expected /= 1.0 + h / tau;
+    EXPECT_NEAR(calc.x[1], expected, 1e-13);
+  }
+  // The capacitor's current row: i = C dV/dt.
+  EXPECT_NEAR(calc.x[2], -expected / 1000.0, 1e-15);
+}
+
+// A sine driving an RC low-pass: the trapezoidal solve follows the closed
+// form, and the kept factorisation gives the same points step by step.
+TEST(CalcSolve, FactoredStepsMatchTheFullTrapezoidalSolve) {
+  const double pi = 3.14159265358, w = 2 * pi * 1000.0, tau = 1e-3, h = 1e-6;
+  auto run = [&](bool factored) {
+    Circuit circuit;
+    circuit.VaryingSource("V1", 0, 1, [w](double t) { return std::sin(w * t); });
+    circuit.Resistor("R1", 1, 2, 1000.0);
+    circuit.Capacitor("C1", 0, 2, 1e-6, 0.0);
+    EXPECT_TRUE(circuit.Build());
+    CCalc& calc = circuit.calc;
+    EXPECT_EQ(calc.SolveInitial(0.0, false, true), 0);
+    std::vector<double> points;
+    for (int n = 0; n < 1000; ++n) {
+      calc.xPrev = calc.x;
+      calc.sPrev = calc.s;
+      const double t = n * h;
+      if (factored) {
+        if (n == 0) {
+          EXPECT_TRUE(calc.FactorTrapezoid(t, h));
+        }
+        EXPECT_TRUE(calc.StepFactored(t + h));
+      } else {
+        EXPECT_TRUE(calc.StepTrapezoid(t, h));
+      }
+      points.push_back(calc.x[2]);
+      EXPECT_NEAR(calc.x[1], std::sin(w * (t + h)), 1e-12);
+    }
+    return points;
+  };
+  const std::vector<double> full = run(false);
+  const std::vector<double> kept = run(true);
+  ASSERT_EQ(full.size(), kept.size());
+  const double wt = w * tau;
+  for (size_t n = 0; n < full.size(); ++n) {
+    const double t = static_cast<double>(n + 1) * h;
+    const double exact =
+        (std::sin(w * t) - wt * std::cos(w * t) + wt * std::exp(-t / tau)) / (1 + wt * wt);
+    EXPECT_NEAR(full[n], exact, 1e-6) << "step " << n;
+    EXPECT_NEAR(kept[n], full[n], 1e-12) << "step " << n;
+  }
+}
+
+TEST(CalcSolve, InitialConditionsOfAnUnchargedCapacitorBetweenResistors) {
+  Circuit circuit;
+  circuit.Source("V1", 0, 1, 9.0);
+  circuit.Resistor("R1", 1, 2, 2000.0);
+  circuit.Resistor("R2", 2, 0, 1000.0);
+  FakeCmp& cap = circuit.Add("C1", {0, 2}, 1);
+  cap.onStamp = [&cap](CCalc& calc, int phase, double) {
+    if (phase == STAMP_MATRIX && calc.pass == 0)
+      calc.StampISource(cap.pins[0], cap.pins[1], cap.firstRow, 0.0);  // no value: open
+    return 0;
+  };
+  ASSERT_TRUE(circuit.Build());
+  EXPECT_EQ(circuit.calc.SolveInitial(0.0, true, false), 0);
+  EXPECT_EQ(circuit.calc.lineUpdate, 1);
+  EXPECT_TRUE(circuit.calc.icPass);
+  EXPECT_NEAR(circuit.calc.x[2], 3.0, 1e-12);
+  EXPECT_EQ(circuit.calc.x[static_cast<size_t>(cap.firstRow)], 0.0);
+}
+
+TEST(CalcSolve, InitialConditionsTakeTheCapacitorValueAndItsCurrent) {
+  // A charged capacitor discharged by a current source: the value is its
+  // voltage, its current is the source's, and the next order, the slope
+  // i / C, lands in column 0 of B.
+  Circuit circuit;
+  circuit.Capacitor("C1", 0, 1, 1e-6, 2.0);
+  FakeCmp& src = circuit.Add("I1", {0, 1}, 1);
+  src.onStamp = [&src](CCalc& calc, int phase, double) {
+    if (phase == STAMP_MATRIX && calc.pass == 0)
+      calc.StampISource(src.pins[0], src.pins[1], src.firstRow, 1e-3);
+    return 0;
+  };
+  ASSERT_TRUE(circuit.Build());
+  CCalc& calc = circuit.calc;
+  EXPECT_EQ(calc.SolveInitial(0.0, true, true), 0);
+  EXPECT_NEAR(calc.x[1], 2.0, 1e-15);
+  EXPECT_NEAR(calc.x[2], -1e-3, 1e-18);  // the capacitor takes what the source gives
+  EXPECT_NEAR(calc.x[3], 1e-3, 1e-18);
+  EXPECT_NEAR(calc.B[1][0], -1000.0, 1e-9);
+  for (int i = 1; i < calc.dim; ++i) EXPECT_EQ(calc.rowMark[static_cast<size_t>(i)], 0);
+}
+
+TEST(CalcSolve, ChargedCapacitorAgainstAVoltageSourceIsAnImpulse) {
+  auto make = [](Circuit& circuit) {
+    circuit.Capacitor("C1", 0, 1, 1e-6, 1.0);
+    circuit.Source("V1", 0, 1, 2.0);
+    circuit.Resistor("R1", 1, 2, 10.0);
+    circuit.Resistor("R2", 2, 0, 10.0);
+  };
+  {
+    Circuit circuit;
+    make(circuit);
+    ASSERT_TRUE(circuit.Build());
+    EXPECT_EQ(circuit.calc.SolveInitial(0.0, false, false), 1);
+    EXPECT_EQ(circuit.calc.error.rfind("Infinity at node ", 0), 0u) << circuit.calc.error;
+    for (const auto& part : circuit.parts) EXPECT_FALSE(part->forceIC);
+  }
+  {
+    Circuit circuit;
+    make(circuit);
+    ASSERT_TRUE(circuit.Build());
+    EXPECT_EQ(circuit.calc.SolveInitial(0.0, true, false), 99);
+    EXPECT_EQ(circuit.calc.error, "Infinity at node 4 : V1");
+    EXPECT_TRUE(circuit.parts[0]->forceIC);   // C1 shares node 1 with V1
+    EXPECT_TRUE(circuit.parts[2]->forceIC);   // so does R1
+    EXPECT_FALSE(circuit.parts[3]->forceIC);  // R2 does not
+    EXPECT_FALSE(circuit.parts[1]->forceIC);  // the one named is not its own neighbour
+  }
+}
+
+TEST(CalcSolve, RowSubtractWritesNewEntriesAndCancelsNoise) {
+  Circuit circuit;
+  Block(circuit, {{0, 0, 0}, {0, 0, 0}, {0, 0, 0}}, {0, 0, 0});
+  ASSERT_TRUE(circuit.Build());
+  CCalc& calc = circuit.calc;
+  calc.B[1][1] = 2.0;
+  calc.B[1][3] = 1.0;
+  calc.maskB[1][1] = calc.maskB[1][3] = 1;
+  calc.B[2][3] = 0.5;
+  calc.maskB[2][3] = 1;
+  calc.RowSubtract(calc.B, calc.maskB, 1, 2, 0.5);
+  EXPECT_EQ(calc.B[2][1], -1.0);
+  EXPECT_EQ(calc.maskB[2][1], 1);
+  EXPECT_EQ(calc.B[2][3], 0.0);  // 0.5 - 0.5
+  EXPECT_EQ(calc.maskB[2][3], 0);
+  EXPECT_EQ(calc.maskB[2][0], 1);
+}
+
+}  // namespace
+}  // namespace tz4

@@ -1,0 +1,299 @@
+// Switching resolution: rounds of solve and check, the state history, the
+// way out of a cycle, the one-at-a-time setting, the time-out, and what is
+// reported when no state fits.
+#include <gtest/gtest.h>
+
+#include <ctime>
+
+#include "doc/doc.h"
+#include "fake_cmp.h"
+
+namespace tz4 {
+namespace {
+
+using solvertest::Circuit;
+using solvertest::FakeCmp;
+
+int Rounds(const FakeCmp& part) { return part.Count(STAMP_MATRIX) / 2; }
+
+// A device that always wants the other state of 0 and 1.
+FakeCmp& Toggle(Circuit& circuit, const std::string& name) {
+  FakeCmp& t = circuit.Add(name, {1});
+  t.hasRange = true;
+  t.lowState = 0;
+  t.highState = 1;
+  t.onCheck = [&t](CCalc&, bool apply) {
+    if (apply) t.state = 1 - t.state;
+    return true;
+  };
+  return t;
+}
+
+// A device whose row carries its own state, and that wants to be on exactly
+// when the other one's row reads 0: two of them turn each other off.
+FakeCmp& Rival(Circuit& circuit, const std::string& name, const FakeCmp* const* other) {
+  FakeCmp& d = circuit.Add(name, {}, 1);
+  d.state = 1;
+  d.hasRange = true;
+  d.lowState = 0;
+  d.highState = 1;
+  d.onStamp = [&d](CCalc& calc, int phase, double) {
+    if (phase == STAMP_MATRIX && calc.pass == 0) calc.StampISource(0, 0, d.firstRow, d.state);
+    return 0;
+  };
+  d.onCheck = [&d, other](CCalc& calc, bool apply) {
+    const int wanted = calc.x[static_cast<size_t>((*other)->firstRow)] == 0.0 ? 1 : 0;
+    if (wanted == d.state) return false;
+    if (apply) d.state = wanted;
+    return true;
+  };
+  return d;
+}
+
+TEST(CalcSwitching, NoSwitchingDeviceSettlesInTheFirstRound) {
+  Circuit circuit;
+  FakeCmp& v = circuit.Source("V1", 0, 1, 10.0);
+  circuit.Resistor("R1", 1, 0, 1000.0);
+  ASSERT_TRUE(circuit.Build());
+  CCalc& calc = circuit.calc;
+  EXPECT_EQ(calc.Calculate(0.0, 1e-3, false, false), 0);
+  EXPECT_EQ(Rounds(v), 1);
+  EXPECT_EQ(v.checks, 1);
+  EXPECT_EQ(calc.historyUsed, 0);
+  EXPECT_TRUE(calc.error.empty());
+  EXPECT_TRUE(calc.cause.empty());
+  EXPECT_NEAR(calc.x[1], 10.0, 1e-12);
+  EXPECT_EQ(calc.stampMode, 0);
+
+  EXPECT_EQ(calc.Calculate(0.0, 1e-3, true, false), 0);
+  EXPECT_EQ(calc.stampMode, 1);
+  EXPECT_EQ(calc.lineUpdate, 1);
+}
+
+TEST(CalcSwitching, IdealDiodeTurnsOnAndStaysOn) {
+  Circuit circuit;
+  circuit.Source("V1", 0, 1, 5.0);
+  circuit.Resistor("R1", 1, 2, 1000.0);
+  FakeCmp& on = circuit.Diode("D1", 0, 2);
+  FakeCmp& off = circuit.Diode("D2", 2, 0);
+  ASSERT_TRUE(circuit.Build());
+  CCalc& calc = circuit.calc;
+  EXPECT_EQ(calc.Calculate(0.0, 1e-3, false, false), 0);
+  EXPECT_EQ(on.state, 1);
+  EXPECT_EQ(off.state, 0);
+  EXPECT_TRUE(on.switched);
+  EXPECT_FALSE(off.switched);
+  EXPECT_EQ(Rounds(on), 2);
+  EXPECT_EQ(calc.cause, " switching triggered by D1");
+  EXPECT_NEAR(calc.x[2], 0.0, 1e-15);
+  EXPECT_NEAR(calc.x[static_cast<size_t>(on.firstRow)], 5e-3, 1e-15);
+  EXPECT_EQ(calc.x[static_cast<size_t>(off.firstRow)], 0.0);
+}
+
+TEST(CalcSwitching, CycleIsLeftByChangingOneDevice) {
+  Circuit circuit;
+  circuit.Resistor("R1", 1, 0, 1.0);
+  const FakeCmp* pointP = nullptr;
+  const FakeCmp* pointQ = nullptr;
+  FakeCmp& p = Rival(circuit, "P", &pointQ);
+  FakeCmp& q = Rival(circuit, "Q", &pointP);
+  pointP = &p;
+  pointQ = &q;
+  ASSERT_TRUE(circuit.Build());
+  CCalc& calc = circuit.calc;
+  // (1,1) -> (0,0) -> (1,1) repeats the first vector; the search tries P
+  // first and finds (1,0), which holds.
+  EXPECT_EQ(calc.Calculate(0.0, 1e-3, false, false), 0);
+  EXPECT_EQ(p.state, 1);
+  EXPECT_EQ(q.state, 0);
+  EXPECT_EQ(Rounds(p), 3);
+  EXPECT_EQ(calc.historyUsed, 0);
+}
+
+TEST(CalcSwitching, CycleWithNoWayOutRestoresTheSolution) {
+  Circuit circuit;
+  circuit.Resistor("R1", 1, 0, 1.0);
+  Toggle(circuit, "T1");
+  Toggle(circuit, "T2");
+  ASSERT_TRUE(circuit.Build());
+  CCalc& calc = circuit.calc;
+  calc.x[1] = 42.0;
+  EXPECT_EQ(calc.Calculate(0.0, 1e-3, false, false), -1);
+  EXPECT_EQ(calc.error, "No solution");
+  EXPECT_EQ(calc.x[1], 42.0);
+  EXPECT_EQ(calc.historyUsed, 0);
+}
+
+TEST(CalcSwitching, OnlySwitchedKeepsOtherComponentsOutOfTheSearch) {
+  auto finalState = [](bool onlySwitched) {
+    Circuit circuit;
+    circuit.Resistor("R1", 1, 0, 1.0);
+    Toggle(circuit, "T1");
+    Toggle(circuit, "T2");
+    FakeCmp& quiet = circuit.Add("S", {1});
+    quiet.hasRange = true;
+    quiet.lowState = 0;
+    quiet.highState = 1;
+    EXPECT_TRUE(circuit.Build());
+    EXPECT_EQ(circuit.calc.Calculate(0.0, 1e-3, false, onlySwitched), -1);
+    return quiet.state;
+  };
+  EXPECT_EQ(finalState(true), 0);
+  EXPECT_EQ(finalState(false), 1);
+}
+
+TEST(CalcSwitching, OneChangePerRoundWithOs) {
+  auto rounds = [](bool os) {
+    Circuit circuit;
+    circuit.Resistor("R1", 1, 0, 1.0);
+    std::vector<FakeCmp*> parts;
+    for (const char* name : {"A", "B", "C"}) {
+      FakeCmp& part = circuit.Add(name, {1});
+      part.onCheck = [&part](CCalc&, bool apply) {
+        if (part.state != 0) return false;
+        if (apply) part.state = 1;
+        return true;
+      };
+      parts.push_back(&part);
+    }
+    EXPECT_TRUE(circuit.Build());
+    circuit.calc.os = os;
+    EXPECT_EQ(circuit.calc.Calculate(0.0, 1e-3, false, false), 0);
+    for (FakeCmp* part : parts) EXPECT_EQ(part->state, 1);
+    EXPECT_EQ(circuit.calc.cause, " switching triggered by A");
+    return Rounds(*parts[0]);
+  };
+  EXPECT_EQ(rounds(false), 2);
+  EXPECT_EQ(rounds(true), 4);
+}
+
+TEST(CalcSwitching, TimeOutWithoutAndWithACause) {
+  {
+    CDoc doc;
+    doc.settings.timeout = 1;
+    Circuit circuit(&doc);
+    circuit.Resistor("R1", 1, 0, 1.0);
+    ASSERT_TRUE(circuit.Build());
+    circuit.calc.runClock = std::clock() - 5 * CLOCKS_PER_SEC;
+    EXPECT_EQ(circuit.calc.Calculate(0.0, 1e-3, false, false), -99);
+    EXPECT_EQ(circuit.calc.error, "Calc IC time-out : reason unknown");
+    EXPECT_EQ(circuit.calc.historyUsed, 0);
+  }
+  {
+    // A state that never repeats: only the clock ends it.
+    CDoc doc;
+    doc.settings.timeout = 1;
+    Circuit circuit(&doc);
+    circuit.Resistor("R1", 1, 0, 1.0);
+    FakeCmp& endless = circuit.Add("E1", {1});
+    endless.onCheck = [&endless](CCalc& calc, bool apply) {
+      if (apply) ++endless.state;
+      if (endless.state == 25) calc.runClock = std::clock() - 10 * CLOCKS_PER_SEC;
+      return true;
+    };
+    ASSERT_TRUE(circuit.Build());
+    circuit.calc.runClock = std::clock();
+    EXPECT_EQ(circuit.calc.Calculate(0.0, 1e-3, false, false), -99);
+    EXPECT_EQ(circuit.calc.error, "Calc IC time-out :  switching triggered by E1");
+    EXPECT_EQ(endless.state, 25);
+    // The history grew in chunks of ten and is kept for the next call.
+    EXPECT_EQ(circuit.calc.historyCap, 30);
+    EXPECT_EQ(circuit.calc.historyUsed, 0);
+  }
+  {
+    CDoc doc;  // no time-out: a clock far in the past does not matter
+    Circuit circuit(&doc);
+    circuit.Resistor("R1", 1, 0, 1.0);
+    ASSERT_TRUE(circuit.Build());
+    circuit.calc.runClock = std::clock() - 50 * CLOCKS_PER_SEC;
+    EXPECT_EQ(circuit.calc.Calculate(0.0, 1e-3, false, false), 0);
+  }
+}
+
+TEST(CalcSwitching, InfinityIsReportedOnlyWhenNoComponentWantsToChange) {
+  auto make = [](Circuit& circuit, bool withSwitch) {
+    circuit.Source("V1", 0, 1, 5.0);
+    FakeCmp& second = circuit.Add("V2", {0, 1}, 1);
+    FakeCmp* sw = withSwitch ? &circuit.Add("S1", {}) : nullptr;
+    second.onStamp = [&second, sw](CCalc& calc, int phase, double) {
+      if (phase != STAMP_MATRIX || calc.pass != 0) return 0;
+      if (sw == nullptr || sw->state == 0)
+        calc.StampVSource(second.pins[0], second.pins[1], second.firstRow, 6.0);
+      else
+        calc.StampISource(second.pins[0], second.pins[1], second.firstRow, 0.0);
+      return 0;
+    };
+    if (sw != nullptr)
+      sw->onCheck = [sw](CCalc&, bool apply) {
+        if (sw->state != 0) return false;
+        if (apply) sw->state = 1;
+        return true;
+      };
+  };
+  {
+    Circuit circuit;
+    make(circuit, false);
+    ASSERT_TRUE(circuit.Build());
+    EXPECT_EQ(circuit.calc.Calculate(0.0, 1e-3, false, false), -3);
+    EXPECT_EQ(circuit.calc.error, "Infinity at node 2 : V1");
+  }
+  {
+    Circuit circuit;
+    make(circuit, true);
+    ASSERT_TRUE(circuit.Build());
+    EXPECT_EQ(circuit.calc.Calculate(0.0, 1e-3, false, false), 0);
+    EXPECT_TRUE(circuit.calc.error.empty());
+    EXPECT_NEAR(circuit.calc.x[1], 5.0, 1e-12);
+  }
+}
+
+TEST(CalcSwitching, StampFailureEndsTheResolution) {
+  Circuit circuit;
+  FakeCmp& bad = circuit.Add("B", {1});
+  bad.onStamp = [](CCalc& calc, int phase, double) {
+    if (phase != STAMP_MATRIX) return 0;
+    calc.error = "B: cannot stamp";
+    return 2;
+  };
+  ASSERT_TRUE(circuit.Build());
+  EXPECT_EQ(circuit.calc.Calculate(0.0, 1e-3, false, false), -10);
+  EXPECT_EQ(circuit.calc.error, "B: cannot stamp");
+  EXPECT_EQ(circuit.calc.historyUsed, 0);
+}
+
+TEST(CalcSwitching, CheckAllWithoutApplyingStopsAtTheFirst) {
+  Circuit circuit;
+  circuit.Resistor("R1", 1, 0, 1.0);
+  FakeCmp& a = Toggle(circuit, "A");
+  FakeCmp& b = Toggle(circuit, "B");
+  ASSERT_TRUE(circuit.Build());
+  EXPECT_TRUE(circuit.calc.CheckAll(false));
+  EXPECT_EQ(a.checks, 1);
+  EXPECT_EQ(b.checks, 0);
+  EXPECT_EQ(a.state, 0);
+  EXPECT_TRUE(a.switched);
+  EXPECT_TRUE(circuit.calc.CheckAll(true));
+  EXPECT_EQ(b.checks, 1);
+  EXPECT_EQ(a.state, 1);
+  EXPECT_EQ(b.state, 1);
+}
+
+TEST(CalcSwitching, NamesAtRowAndNeighbours) {
+  Circuit circuit;
+  FakeCmp& r1 = circuit.Resistor("R1", 1, 2, 1.0);
+  FakeCmp& v1 = circuit.Source("V1", 0, 1, 1.0);
+  FakeCmp& r2 = circuit.Resistor("R2", 2, 0, 1.0);
+  r2.path = "X1";
+  ASSERT_TRUE(circuit.Build());
+  CCalc& calc = circuit.calc;
+  EXPECT_EQ(calc.NamesAtRow(1), "R1, V1");
+  EXPECT_EQ(calc.NamesAtRow(2), "R1, X1.R2");
+  EXPECT_EQ(calc.NamesAtRow(3), "V1");
+  EXPECT_EQ(calc.MarkNeighbours(2), 99);  // R2: node 2 is R1's
+  EXPECT_TRUE(r1.forceIC);
+  EXPECT_FALSE(v1.forceIC);  // ground does not count
+  EXPECT_EQ(calc.MarkNeighbours(2), 0);  // nothing new
+}
+
+}  // namespace
+}  // namespace tz4
