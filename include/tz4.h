@@ -27,6 +27,40 @@ TZ4_API int TZ4_Save(int ncir);
 TZ4_API int TZ4_SaveAs(int ncir, const char* name);
 TZ4_API int TZ4_Close(int ncir);
 
+/* Values, parameters, inputs and outputs. A name is a dotted parameter path
+ * such as "R1.R" or "X1.R3.R"; a bare component name means its first
+ * parameter. The text getters return the full length + 1, also when the text
+ * was cut to the buffer. Numbers count from 0 in each document. */
+TZ4_API int TZ4_GetValue(int ncir, const char* name, double* v);
+TZ4_API int TZ4_SetValue(int ncir, const char* name, double v);
+TZ4_API int TZ4_GetText(int ncir, const char* name, char* text, int length);
+TZ4_API int TZ4_SetText(int ncir, const char* name, const char* text);
+TZ4_API int TZ4_GetParam(int ncir, const char* name);
+TZ4_API int TZ4_GetParamValue(int ncir, int npar, double* v);
+TZ4_API int TZ4_SetParamValue(int ncir, int npar, double v);
+TZ4_API int TZ4_GetParamText(int ncir, int npar, char* text, int length);
+TZ4_API int TZ4_SetParamText(int ncir, int npar, const char* text);
+TZ4_API int TZ4_GetInput(int ncir, const char* name);
+TZ4_API int TZ4_SetInputValue(int ncir, int nin, double v);
+TZ4_API int TZ4_GetOutput(int ncir, const char* name);
+TZ4_API int TZ4_GetOutputValue(int ncir, int nout, double* v);
+
+/* Traces, run settings and recorded data. Trace handles share the numbering
+ * of document handles. TZ4_GetDataSize returns the number of samples. */
+TZ4_API int TZ4_GetTrace(int ncir, const char* name);
+TZ4_API int TZ4_AddVTrace(int ncir, const char* name);
+TZ4_API int TZ4_AddITrace(int ncir, const char* name);
+TZ4_API int TZ4_AddPTrace(int ncir, const char* name);
+TZ4_API int TZ4_AddVarTrace(int ncir, const char* name);
+TZ4_API int TZ4_AddFuncTrace(int ncir, const char* text);
+TZ4_API int TZ4_DeleteTrace(int ncir, int ntrace);
+TZ4_API int TZ4_SetTimeout(int ncir, int t);
+TZ4_API int TZ4_SetStep(int ncir, double step);
+TZ4_API int TZ4_GetDataSize(int ncir, int ntrace);
+TZ4_API int TZ4_GetDataAt(int ncir, int ntrace, int index, double* t, double* v);
+TZ4_API int TZ4_GetLastData(int ncir, int ntrace, double* t, double* v);
+TZ4_API int TZ4_GetData(int ncir, int ntrace, double t, double* v);
+
 #ifdef __cplusplus
 }
 #endif

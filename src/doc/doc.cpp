@@ -2,8 +2,13 @@
 
 #include <cstdio>
 
+#include "api/last_error.h"
+#include "components/cmp.h"
+#include "devices/label.h"
+#include "devices/source.h"
 #include "expr/numtext.h"
 #include "expr/text.h"
+#include "solver/calc.h"
 
 namespace tz4 {
 
@@ -40,8 +45,10 @@ void CDocSettings::SerializeCalc(CXmlNode& calc) {
 
 void CDocSettings::SerializeStep(CXmlNode& element) { element.ArchiveDouble("step", step); }
 
-CDoc::CDoc() = default;
+CDoc::CDoc() : calc(std::make_unique<CCalc>(this)) { cmps.document = &levels_; }
 
+// The solver goes first (it points into the collection), then the number
+// lists, the traces and the components, in reverse order of declaration.
 CDoc::~CDoc() = default;
 
 bool CDoc::Load(const std::string& path) {
@@ -53,7 +60,11 @@ bool CDoc::Load(const std::string& path) {
   if (CXmlNode* version = xml->FindChild("Version")) {
     if (version->GetIntAttribute("ver", -1) > 2) return false;
   }
-  return Serialize(xml->FindChild("Doc"));
+  if (!Serialize(xml->FindChild("Doc"))) return false;
+  // Formulas may refer to one another in any order; all of them have a value
+  // before the host sees the document.
+  cmps.UpdateFormulas();
+  return true;
 }
 
 bool CDoc::Serialize(CXmlNode* docElement) {
@@ -63,16 +74,20 @@ bool CDoc::Serialize(CXmlNode* docElement) {
 
   if (CXmlNode* tran = ChildByDirection(*docElement, "Tran")) {
     if (CXmlNode* stepElement = ChildByDirection(*tran, "Settings")) settings.SerializeStep(*stepElement);
+    if (CXmlNode* tracesElement = ChildByDirection(*tran, "Traces")) traces.Serialize(tracesElement);
   }
 
-  if (CXmlNode* cmps = ChildByDirection(*docElement, "Cmps")) {
+  if (CXmlNode* cmpsElement = ChildByDirection(*docElement, "Cmps")) {
     // The licence stamp ("Key") is kept as read and admits every file, so
     // "Options" is always taken over.
-    if (cmps->storing) {
-      if (options != 0) cmps->AddIntAttribute("Options", static_cast<int>(options));
+    if (cmpsElement->storing) {
+      if (options != 0) cmpsElement->AddIntAttribute("Options", static_cast<int>(options));
     } else {
-      options = static_cast<uint32_t>(cmps->GetIntAttribute("Options", 0));
+      options = static_cast<uint32_t>(cmpsElement->GetIntAttribute("Options", 0));
     }
+    // An unknown component type ends the list with its message in the last
+    // error, but never the load: the document opens with what was read.
+    cmps.Serialize(cmpsElement);
   }
   return true;
 }
@@ -113,8 +128,10 @@ bool CDoc::Save(const std::string& path) {
   if (!doc) return false;
   const bool saveData = (SaveFlags(*doc) & kSaveData) != 0;
 
-  if (CXmlNode* cmps = doc->FindChild("Cmps")) {
-    if (options != 0) cmps->SetAttribute("Options", std::to_string(static_cast<int32_t>(options)));
+  if (CXmlNode* cmpsElement = doc->FindChild("Cmps")) {
+    while (cmpsElement->GetChildCount() > 0) cmpsElement->DeleteChild(0);
+    if (!cmps.Serialize(cmpsElement)) return false;
+    if (options != 0) cmpsElement->SetAttribute("Options", std::to_string(static_cast<int32_t>(options)));
   }
 
   CXmlNode* tran = doc->FindChild("Tran");
@@ -128,12 +145,7 @@ bool CDoc::Save(const std::string& path) {
     calc->SetAttribute("timeout", std::to_string(settings.timeout));
   }
 
-  if (saveData && tran) {
-    // Sample counts of the recorded traces, in list order; empty while the
-    // document holds no trace list.
-    const std::vector<int> sampleCounts;
-    PrepareDataLists(*tran, sampleCounts);
-  }
+  if (saveData && tran) PrepareDataLists(*tran, traces.SampleCounts());
 
   if (!xml->SaveToFile(path)) return false;
   if (!saveData) return true;
@@ -143,9 +155,150 @@ bool CDoc::Save(const std::string& path) {
 bool CDoc::AppendDataTail(const std::string& path) {
   std::FILE* file = std::fopen(path.c_str(), "ab");
   if (!file) return false;
-  const bool written = std::fputc(0, file) != EOF;
+  const bool written = std::fputc(0, file) != EOF && traces.WriteData(file);
   const bool closed = std::fclose(file) == 0;
   return written && closed;
 }
+
+bool CDoc::ComponentError(const CCmp* cmp, const std::string& message) {
+  return tz4::ComponentError(cmp, message);
+}
+
+bool CDoc::ComponentError(const CCmp* cmp, const char* message) {
+  return tz4::ComponentError(cmp, std::string(message ? message : ""));
+}
+
+// ---------------------------------------------------------------- host numbers
+
+bool CDoc::FindParam(const char* name, CParam& out) {
+  if (!name) {
+    AppendError("NULL pointer");
+    return false;
+  }
+  if (!*name) {
+    AppendError("no parameter name");
+    return false;
+  }
+  if (!cmps.FindParam(name, out)) {
+    AppendError(std::string("parameter ") + name + " not found");
+    return false;
+  }
+  return true;
+}
+
+int CDoc::GetParamNumber(const CParam& param) {
+  for (std::size_t i = 0; i < paramRefs.size(); ++i) {
+    if (paramRefs[i].second == param.Value) return static_cast<int>(i);
+  }
+  paramRefs.emplace_back(param, param.Value);
+  return static_cast<int>(paramRefs.size()) - 1;
+}
+
+const CParam* CDoc::FindParamByNumber(int number) {
+  if (number < 0 || static_cast<std::size_t>(number) >= paramRefs.size()) {
+    AppendError("wrong param number");
+    return nullptr;
+  }
+  auto& [param, address] = paramRefs[static_cast<std::size_t>(number)];
+  if (param.Kind == PK_END || std::holds_alternative<std::monostate>(address)) {
+    AppendError("no parameter");
+    return nullptr;
+  }
+  param.Value = address;
+  return &param;
+}
+
+namespace {
+
+bool HasTag(const CCmp& component, const char* tag) {
+  return component.type && component.type->tag && std::string(component.type->tag) == tag;
+}
+
+// Puts the component into the model that takes a host's value and gives the
+// address of that value; null for a component that cannot be an input. A
+// component already in that model keeps its present value; one switched to
+// it starts from 0.
+double* InputValueOf(CCmp& component) {
+  CFormula* value = nullptr;
+  int modelIndex = 0;
+  if (HasTag(component, "label")) {
+    auto* label = dynamic_cast<CLabel*>(&component);
+    if (!label) return nullptr;
+    value = &label->V;
+    modelIndex = CLabel::kInputModelIndex;
+  } else if (HasTag(component, "V_V") || HasTag(component, "I_I")) {
+    auto* source = dynamic_cast<CElemV*>(&component);
+    if (!source) return nullptr;
+    value = &source->Value;
+    modelIndex = 0;
+  } else {
+    return nullptr;
+  }
+  if (component.modelIndex != modelIndex) {
+    component.modelIndex = modelIndex;
+    // The host owns the value from now on: a formula would overwrite it.
+    value->Text.clear();
+    value->Invalid = false;
+    value->Value = 0.0;
+  }
+  return &value->Value;
+}
+
+}  // namespace
+
+int CDoc::AddInput(const char* name) {
+  if (!name) {
+    AppendError("NULL pointer");
+    return -1;
+  }
+  if (!*name) {
+    AppendError("no input name");
+    return -1;
+  }
+  CCmp* component = cmps.Find(name);
+  if (!component) {
+    AppendError(std::string("component ") + name + " not found");
+    return -1;
+  }
+  double* value = InputValueOf(*component);
+  if (!value) {
+    AppendError(std::string("component ") + name + " cannot be an input");
+    return -1;
+  }
+  inputs.push_back(value);
+  return static_cast<int>(inputs.size()) - 1;
+}
+
+int CDoc::AddOutput(const char* name) {
+  if (!name) {
+    AppendError("NULL pointer");
+    return -1;
+  }
+  if (!*name) {
+    AppendError("no label name");
+    return -1;
+  }
+  CCmp* component = cmps.Find(name);
+  if (!component) {
+    AppendError(std::string("label ") + name + " not found");
+    return -1;
+  }
+  if (!HasTag(*component, "label")) {
+    AppendError(std::string("component ") + name + " is not a label");
+    return -1;
+  }
+  outputs.push_back(component);
+  return static_cast<int>(outputs.size()) - 1;
+}
+
+// ---------------------------------------------------------------- traces
+
+int CDoc::FindTrace(const char* name) { return traces.Find(name); }
+
+CTrace* CDoc::FindTraceByHandle(int traceHandle) { return traces.FindByHandle(traceHandle); }
+
+CTrace* CDoc::AddTrace(int type, const char* name) { return traces.Add(type, name, cmps, xml.get()); }
+
+void CDoc::DeleteTrace(CTrace* trace) { traces.Delete(trace, xml.get()); }
 
 }  // namespace tz4

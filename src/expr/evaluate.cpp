@@ -25,6 +25,7 @@ constexpr int kLevelStep = 100;  // each parenthesis or bracket
 constexpr int kUnaryPriority = 14;
 constexpr int kFunctionPriority = 50;
 constexpr int kIndexPriority = 60;
+constexpr int kMaxLevel = 1000000000;  // keeps priorities within int range
 
 struct Entry {
   TValue value;               // the operand left of the operator
@@ -260,6 +261,7 @@ void Evaluator::ReadOperandStart(size_t& pos) {
   if (IsBlank(c) || c == '=' || c == '{') {
     pos++;
   } else if (c == '(' || c == '[') {
+    if (level_ > kMaxLevel) SyntaxError();
     level_ += kLevelStep;
     unaryAllowed_ = true;
     pos++;

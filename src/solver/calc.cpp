@@ -3,6 +3,7 @@
 #include "solver/calc.h"
 
 #include <algorithm>
+#include <ctime>
 #include <new>
 
 #include "components/cmp.h"
@@ -28,6 +29,14 @@ CCalc::~CCalc() = default;
 double CCalc::Zero() const { return doc ? doc->settings.zero : kDefaultZero; }
 
 int32_t CCalc::Timeout() const { return doc ? doc->settings.timeout : 0; }
+
+// The document keeps the clock in 32 bits; the difference is taken modulo
+// 2^32, so that it stays right when the clock has outgrown that width.
+double CCalc::ElapsedClock() const {
+  if (!doc) return 0.0;
+  const uint32_t now = static_cast<uint32_t>(std::clock());
+  return static_cast<double>(static_cast<int32_t>(now - static_cast<uint32_t>(doc->runClock)));
+}
 
 // ---- storage ----
 

@@ -17,7 +17,6 @@
 // straight into the rows: `calc.A[r][col] += g`.
 #pragma once
 #include <cstdint>
-#include <ctime>
 #include <memory>
 #include <string>
 #include <utility>
@@ -123,8 +122,11 @@ class CCalc {
   void ResetHistory();
 
   // ---- settings reached through the document ----
+  // Without a document: zero 1e-11 and no time-out.
   double Zero() const;
   int32_t Timeout() const;
+  // Processor time since the document's runClock, in clock ticks.
+  double ElapsedClock() const;
 
   // ---- fields ----
   CDoc* doc = nullptr;
@@ -159,10 +161,6 @@ class CCalc {
   int32_t historyCap = 0;
   int32_t historyChunk = 10;
   bool onlySwitched = false;
-
-  // Processor clock at the start of the present call into the driver; the
-  // time-out of Calculate counts from it.
-  std::clock_t runClock = 0;
 
  private:
   // Writes into A, ignoring indices outside the matrix (unconnected pins).

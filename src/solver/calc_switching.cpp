@@ -20,12 +20,17 @@ bool IsSubcircuit(const CCmp* component) { return component->ModelId() == MODEL_
 }  // namespace
 
 int CCalc::Calculate(double t, double h, bool euler, bool onlySwitchedFlag) {
+  // The history is empty again on every way out, also when a device raises.
+  struct HistoryRelease {
+    int32_t& used;
+    ~HistoryRelease() { used = 0; }
+  } release{historyUsed};
+  historyUsed = 0;
   error.clear();
   const size_t n = static_cast<size_t>(std::max(dim, 0));
   std::copy(x.begin(), x.begin() + static_cast<std::ptrdiff_t>(n), xPrev.begin());
   if (!PushHistory()) {
     error = "No enough memory";
-    historyUsed = 0;
     return -2;
   }
   for (CCmp* component : cmps)
@@ -37,8 +42,7 @@ int CCalc::Calculate(double t, double h, bool euler, bool onlySwitchedFlag) {
   for (;;) {
     const int32_t limit = Timeout();
     if (limit > 0 &&
-        static_cast<double>(std::clock() - runClock) >
-            static_cast<double>(limit) * static_cast<double>(CLOCKS_PER_SEC)) {
+        ElapsedClock() > static_cast<double>(limit) * static_cast<double>(CLOCKS_PER_SEC)) {
       error = "Calc IC time-out : " + (cause.empty() ? std::string("reason unknown") : cause);
       result = -99;
       break;
@@ -71,7 +75,6 @@ int CCalc::Calculate(double t, double h, bool euler, bool onlySwitchedFlag) {
     }
     break;
   }
-  historyUsed = 0;
   return result;
 }
 

@@ -13,7 +13,7 @@ namespace {
 constexpr double kInf = std::numeric_limits<double>::infinity();
 
 // A system of the given size with all entries zero.
-class PrimitiveTest : public ::testing::Test {
+class CalcPrimitives : public ::testing::Test {
  protected:
   void SetUp() override {
     calc.dim = 6;
@@ -32,7 +32,7 @@ class PrimitiveTest : public ::testing::Test {
   CCalc calc;
 };
 
-TEST_F(PrimitiveTest, ConductanceIsSymmetricAndInfiniteResistanceWritesZero) {
+TEST_F(CalcPrimitives, ConductanceIsSymmetricAndInfiniteResistanceWritesZero) {
   calc.StampConductance(1, 2, 4.0);
   EXPECT_EQ(a(1, 1), -0.25);
   EXPECT_EQ(a(1, 2), 0.25);
@@ -43,7 +43,7 @@ TEST_F(PrimitiveTest, ConductanceIsSymmetricAndInfiniteResistanceWritesZero) {
   EXPECT_EQ(NonZeroCount(), 4);
 }
 
-TEST_F(PrimitiveTest, VoltageSourcesAndTheirSigns) {
+TEST_F(CalcPrimitives, VoltageSourcesAndTheirSigns) {
   EXPECT_TRUE(calc.StampVSource(1, 2, 5, 3.0));
   EXPECT_EQ(a(1, 5), 1.0);
   EXPECT_EQ(a(2, 5), -1.0);
@@ -61,7 +61,7 @@ TEST_F(PrimitiveTest, VoltageSourcesAndTheirSigns) {
   EXPECT_EQ(NonZeroCount(), 4);
 }
 
-TEST_F(PrimitiveTest, SourceOnOneNodeWritesNothingButCurrentSourceKeepsItsDiagonal) {
+TEST_F(CalcPrimitives, SourceOnOneNodeWritesNothingButCurrentSourceKeepsItsDiagonal) {
   EXPECT_TRUE(calc.StampVSource(2, 2, 5, 7.0));
   EXPECT_TRUE(calc.StampOutVoltage(2, 2, 5, 7.0));
   EXPECT_EQ(NonZeroCount(), 0);
@@ -73,7 +73,7 @@ TEST_F(PrimitiveTest, SourceOnOneNodeWritesNothingButCurrentSourceKeepsItsDiagon
   EXPECT_EQ(calc.c[5], -0.5);
 }
 
-TEST_F(PrimitiveTest, CurrentSources) {
+TEST_F(CalcPrimitives, CurrentSources) {
   calc.StampISource(1, 2, 5, 0.5);
   EXPECT_EQ(a(1, 5), 1.0);
   EXPECT_EQ(a(2, 5), -1.0);
@@ -86,7 +86,7 @@ TEST_F(PrimitiveTest, CurrentSources) {
   EXPECT_EQ(calc.c[4], -2.0);
 }
 
-TEST_F(PrimitiveTest, ResistorWithItsCurrentAsUnknown) {
+TEST_F(CalcPrimitives, ResistorWithItsCurrentAsUnknown) {
   calc.StampResistor(1, 2, 5, 4.0);
   EXPECT_EQ(a(1, 5), 1.0);
   EXPECT_EQ(a(2, 5), -1.0);
@@ -103,7 +103,7 @@ TEST_F(PrimitiveTest, ResistorWithItsCurrentAsUnknown) {
   EXPECT_EQ(a(4, 5), -1.0);
 }
 
-TEST_F(PrimitiveTest, ResistorInfiniteAndOnOneNode) {
+TEST_F(CalcPrimitives, ResistorInfiniteAndOnOneNode) {
   calc.StampResistor(1, 2, 5, kInf);
   EXPECT_EQ(a(5, 5), 1.0);
   EXPECT_EQ(a(5, 1), 0.0);
@@ -113,7 +113,7 @@ TEST_F(PrimitiveTest, ResistorInfiniteAndOnOneNode) {
   EXPECT_EQ(a(3, 4), 0.0);
 }
 
-TEST_F(PrimitiveTest, ControlledSourcesFiniteAndInfinite) {
+TEST_F(CalcPrimitives, ControlledSourcesFiniteAndInfinite) {
   calc.StampTransconductance(1, 2, 3, 4, 5, 0.5);
   EXPECT_EQ(a(1, 5), -1.0);
   EXPECT_EQ(a(2, 5), 1.0);
@@ -161,7 +161,7 @@ TEST_F(PrimitiveTest, ControlledSourcesFiniteAndInfinite) {
   EXPECT_EQ(other.A[5][5], 0.0);
 }
 
-TEST_F(PrimitiveTest, ClampOffFreesItsRowOnlyBetweenTwoNodes) {
+TEST_F(CalcPrimitives, ClampOffFreesItsRowOnlyBetweenTwoNodes) {
   calc.StampClamp(1, 2, 5, true, 0.7);
   EXPECT_EQ(calc.c[5], -0.7);
   EXPECT_EQ(calc.rowFree[5], 0);
@@ -179,7 +179,7 @@ TEST_F(PrimitiveTest, ClampOffFreesItsRowOnlyBetweenTwoNodes) {
   EXPECT_EQ(NonZeroCount(), 1);
 }
 
-TEST_F(PrimitiveTest, LogicOutputInsideAndOutsideTheMatrix) {
+TEST_F(CalcPrimitives, LogicOutputInsideAndOutsideTheMatrix) {
   calc.low = 0.5;
   calc.high = 3.3;
   calc.A[2][1] = 4.0;
@@ -198,7 +198,7 @@ TEST_F(PrimitiveTest, LogicOutputInsideAndOutsideTheMatrix) {
   EXPECT_EQ(calc.x[7], 0.5);
 }
 
-TEST_F(PrimitiveTest, UnconnectedPinsAreNotWritten) {
+TEST_F(CalcPrimitives, UnconnectedPinsAreNotWritten) {
   calc.StampConductance(-1, 2, 1.0);
   EXPECT_EQ(a(2, 2), -1.0);
   EXPECT_EQ(NonZeroCount(), 1);
@@ -206,7 +206,7 @@ TEST_F(PrimitiveTest, UnconnectedPinsAreNotWritten) {
   EXPECT_EQ(NonZeroCount(), 1);
 }
 
-TEST_F(PrimitiveTest, ClampCheckFromTheSolution) {
+TEST_F(CalcPrimitives, ClampCheckFromTheSolution) {
   const int a_ = 1, b_ = 2, r = 5;
   int32_t state = 1;
   calc.x[r] = -1e-3;  // on, current reversed: turns off
@@ -236,7 +236,7 @@ TEST_F(PrimitiveTest, ClampCheckFromTheSolution) {
   EXPECT_FALSE(calc.CheckClamp(false, state, a_, b_, r, kInf, -kInf, true));
 }
 
-TEST_F(PrimitiveTest, ClampCheckFollowsRowMarksWhenApplying) {
+TEST_F(CalcPrimitives, ClampCheckFollowsRowMarksWhenApplying) {
   const int a_ = 1, b_ = 2, r = 5;
   int32_t state = 1;
   calc.x[r] = 1e-3;

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <string>
 #include <vector>
 
 #include "doc/doc.h"
@@ -242,6 +243,74 @@ TEST(CalcSolve, FactoredStepsMatchTheFullTrapezoidalSolve) {
     EXPECT_NEAR(full[n], exact, 1e-6) << "step " << n;
     EXPECT_NEAR(kept[n], full[n], 1e-12) << "step " << n;
   }
+}
+
+// A dense system of its own rows, with every entry of A and B in use, and an
+// RC ladder whose factorised B is non-zero in some columns only: the steady
+// step gives the full trapezoidal solve's points in both.
+TEST(CalcSolve, FactoredStepsMatchOnDenseAndLadderSystems) {
+  auto compare = [](auto build, int steps, double h) {
+    auto run = [&](bool factored) {
+      Circuit circuit;
+      build(circuit);
+      EXPECT_TRUE(circuit.Build());
+      CCalc& calc = circuit.calc;
+      std::vector<std::vector<double>> points;
+      for (int n = 0; n < steps; ++n) {
+        calc.xPrev = calc.x;
+        calc.sPrev = calc.s;
+        if (!factored) {
+          EXPECT_TRUE(calc.StepTrapezoid(n * h, h));
+        } else {
+          if (n == 0) {
+            EXPECT_TRUE(calc.FactorTrapezoid(n * h, h));
+          }
+          EXPECT_TRUE(calc.StepFactored((n + 1) * h));
+        }
+        points.push_back(calc.x);
+      }
+      return points;
+    };
+    const auto full = run(false);
+    const auto kept = run(true);
+    for (size_t n = 0; n < full.size(); ++n)
+      for (size_t i = 1; i < full[n].size(); ++i)
+        EXPECT_NEAR(kept[n][i], full[n][i], 1e-9 * (1.0 + std::fabs(full[n][i])))
+            << "step " << n << " unknown " << i;
+  };
+
+  compare(
+      [](Circuit& circuit) {
+        FakeCmp& block = circuit.Add("M", {}, 6);
+        block.onStamp = [&block](CCalc& calc, int phase, double t) {
+          const int r0 = block.firstRow;
+          if (phase == STAMP_SOURCE) calc.s[static_cast<size_t>(r0)] = std::sin(1000.0 * t);
+          if (phase != STAMP_MATRIX || calc.pass != 0) return 0;
+          for (int i = 0; i < 6; ++i) {
+            for (int j = 0; j < 6; ++j) {
+              const double a = std::sin(1.0 + i * 7 + j * 3);
+              calc.A[static_cast<size_t>(r0 + i)][r0 + j] = a + (i == j ? -8.0 : 0.0);
+              // The varying row's own column of B stays empty.
+              if (j > 0)
+                calc.B[static_cast<size_t>(r0 + i)][r0 + j] = 1e-3 * std::cos(2.0 + i * 5 + j);
+            }
+            calc.c[static_cast<size_t>(r0 + i)] = std::cos(1.0 * i);
+          }
+          calc.rowMark[static_cast<size_t>(r0)] = 1;
+          return 0;
+        };
+      },
+      50, 1e-4);
+
+  compare(
+      [](Circuit& circuit) {
+        circuit.VaryingSource("V1", 0, 1, [](double t) { return std::sin(6283.0 * t); });
+        for (int k = 1; k <= 6; ++k) {
+          circuit.Resistor("R" + std::to_string(k), k, k + 1, 100.0 * k);
+          circuit.Capacitor("C" + std::to_string(k), 0, k + 1, 1e-7 * k, 0.0);
+        }
+      },
+      200, 1e-6);
 }
 
 TEST(CalcSolve, InitialConditionsOfAnUnchargedCapacitorBetweenResistors) {
