@@ -1,8 +1,12 @@
 #include "devices/capacitor.h"
 
+#include <cmath>
 #include <cstring>
+#include <exception>
 
 #include "doc/xml_node.h"
+#include "expr/numtext.h"
+#include "solver/calc.h"
 
 namespace tz4 {
 
@@ -47,6 +51,25 @@ bool IsTag(const CCmp& cmp, const char* tag) {
   return cmp.type != nullptr && cmp.type->tag != nullptr && std::strcmp(cmp.type->tag, tag) == 0;
 }
 
+// Coefficients written straight into the system. Ground and pins outside
+// the matrix (unconnected ones have negative numbers) have no equation.
+bool InMatrix(const CCalc& calc, int i) { return i > 0 && i < calc.dim; }
+
+void AddA(CCalc& calc, int row, int col, double v) {
+  if (InMatrix(calc, row) && InMatrix(calc, col)) calc.A[static_cast<size_t>(row)][col] += v;
+}
+void SetA(CCalc& calc, int row, int col, double v) {
+  if (InMatrix(calc, row) && InMatrix(calc, col)) calc.A[static_cast<size_t>(row)][col] = v;
+}
+void AddB(CCalc& calc, int row, int col, double v) {
+  if (InMatrix(calc, row) && InMatrix(calc, col)) calc.B[static_cast<size_t>(row)][col] += v;
+}
+void SetB(CCalc& calc, int row, int col, double v) {
+  if (InMatrix(calc, row) && InMatrix(calc, col)) calc.B[static_cast<size_t>(row)][col] = v;
+}
+
+int Pin(const CCmp& cmp, size_t index) { return index < cmp.pins.size() ? cmp.pins[index] : -1; }
+
 }  // namespace
 
 const ElemType kTypeC_C = {"C_C", 2, &MakeCmp<CElemC>, kCapacitorModels, 0, "Capacitor"};
@@ -82,7 +105,133 @@ std::string& CElemC::GetICText(std::string& out) {
   return out;
 }
 
-bool CElemC::CheckParams() { return ReportNotSimulated(this); }
+bool CElemC::CheckParams() {
+  switch (ModelId()) {
+    case MODEL_SUBCIR:
+      return ReportNotSimulated(this);
+    case MODEL_C_C:
+      if (C.Invalid) return ComponentError(this, "C : formula error");
+      return true;
+    default:
+      return true;
+  }
+}
+
+double CElemC::Capacitance() const {
+  if (ModelId() != MODEL_TABLE) return C.Value;
+  const int index = pwl.Index();
+  if (index < 0 || static_cast<size_t>(index) >= pwl.Slope.size()) return 0.0;
+  return pwl.Slope[static_cast<size_t>(index)];
+}
+
+int CElemC::Stamp(CCalc& calc, int phase, double /*t*/) {
+  const int32_t model = ModelId();
+  if (model == MODEL_SUBCIR) return 0;
+  const int a = Pin(*this, 0);
+  const int b = Pin(*this, 1);
+  const int r = firstRow;
+  switch (phase) {
+    case STAMP_INIT: {
+      // Only a fresh start reads the initial condition; a rebuild in the
+      // middle of a run keeps the voltage reached so far.
+      if (prevModelId != 0) return 0;
+      HasValue = false;
+      if (ICText.empty()) return 0;
+      try {
+        Voltage = TextToDouble(ICText);
+      } catch (const std::exception&) {
+        calc.error = GetFullName() + " : IC : formula error";
+        return -1;
+      }
+      HasValue = true;
+      return 0;
+    }
+    case STAMP_ACCEPT:
+      Voltage = calc.V(b) - calc.V(a);
+      HasValue = true;
+      return 0;
+    case STAMP_IC_ADJUST: {
+      // A marked row: the rest of the circuit fixes this voltage, which the
+      // next round of the search takes as known.
+      if (!InMatrix(calc, r) || calc.rowMark[static_cast<size_t>(r)] == 0) return 0;
+      const double v = calc.V(b) - calc.V(a);
+      const bool changed = !HasValue || v != Voltage;
+      Voltage = v;
+      HasValue = true;
+      return changed ? 1 : 0;
+    }
+    case STAMP_MATRIX: {
+      if (calc.pass != 0) return 0;
+      // The current-controlled type senses its control current with a
+      // 0 V source on its second row.
+      if (IsTag(*this, "C_CCC")) calc.StampVSource(Pin(*this, 2), Pin(*this, 3), r + 1, 0.0);
+      if (model == MODEL_C_FUNCTION) {
+        // "Z(s)" has no part in a transient run: a resistance of 1.
+        AddA(calc, a, r, 1.0);
+        AddA(calc, b, r, -1.0);
+        AddA(calc, r, a, 1.0);
+        AddA(calc, r, b, -1.0);
+        SetA(calc, r, r, 1.0);
+        SetB(calc, r, r, 0.0);
+        return 0;
+      }
+      const double cap = Capacitance();
+      if (calc.stampMode == 0) {
+        if ((!HasValue || ignoreIC) && !forceIC) {
+          calc.StampISource(a, b, r, 0.0);  // no known voltage: open
+          return 0;
+        }
+        if (!calc.StampVSource(a, b, r, HasValue ? Voltage : 0.0)) {
+          calc.error = GetFullName() + " : short circuit";
+          return -1;
+        }
+        if (cap != 0.0) SetB(calc, r, r, -1.0 / cap);
+        return 0;
+      }
+      if (std::isinf(cap)) {
+        calc.StampVSource(a, b, r, Voltage);
+        return 0;
+      }
+      calc.StampISource(a, b, r, 0.0);
+      AddB(calc, r, a, cap);
+      AddB(calc, r, b, -cap);
+      return 0;
+    }
+    case STAMP_SAVE_IC:
+      ICText = HasValue ? FormatNumber(Voltage, 12) : std::string();
+      return 0;
+    default:
+      return 0;
+  }
+}
+
+bool CElemC::PostStep(CCalc& calc, bool apply, double /*t*/, bool& changed) {
+  changed = false;
+  if (ModelId() != MODEL_TABLE || pwl.Count == 0) return true;
+  const double v = calc.V(Pin(*this, 1)) - calc.V(Pin(*this, 0));
+  // The plain capacitor's curve follows its own voltage.
+  if (IsTag(*this, "C_C")) {
+    changed = pwl.FindSegment(v, apply);
+    return true;
+  }
+  const double control = IsTag(*this, "C_VCC") ? calc.V(Pin(*this, 3)) - calc.V(Pin(*this, 2))
+                                               : calc.V(firstRow + 1);
+  if (!apply) {
+    changed = pwl.FindSegment(control, false);
+    return true;
+  }
+  const double oldCap = Capacitance();
+  changed = pwl.FindSegment(control, true);
+  const double newCap = Capacitance();
+  if (changed && newCap != 0.0) {
+    // The charge is kept across the change of capacitance: the voltage
+    // jumps, and the system is built again from that voltage.
+    Voltage = v * oldCap / newCap;
+    HasValue = true;
+    calc.rebuild = true;
+  }
+  return true;
+}
 
 bool CElemC::GetTraceInfo(int kind, int& nodeA, int& nodeB, int& row, double& value) {
   CCmp::GetTraceInfo(kind, nodeA, nodeB, row, value);

@@ -1,9 +1,12 @@
 #include "devices/diode.h"
 
+#include <algorithm>
+#include <cmath>
 #include <cstring>
 
 #include "doc/xml_node.h"
 #include "expr/numtext.h"
+#include "solver/calc.h"
 
 namespace tz4 {
 
@@ -123,6 +126,169 @@ bool IsThyristor(const CCmp& cmp) {
 
 bool IsZener(const CCmp& cmp) { return IsTag(cmp, "D_Z") || IsTag(cmp, "D_ZS"); }
 
+// Sub-states of a thyristor: blocked, gated, latched.
+enum : int32_t { THYRISTOR_BLOCKED = 0, THYRISTOR_GATED = 1, THYRISTOR_LATCHED = 2 };
+
+// Coefficients written straight into the system. Ground and pins outside
+// the matrix (unconnected ones have negative numbers) have no equation.
+bool InMatrix(const CCalc& calc, int i) { return i > 0 && i < calc.dim; }
+
+void SetA(CCalc& calc, int row, int col, double v) {
+  if (InMatrix(calc, row) && InMatrix(calc, col)) calc.A[static_cast<size_t>(row)][col] = v;
+}
+void SetB(CCalc& calc, int row, int col, double v) {
+  if (InMatrix(calc, row) && InMatrix(calc, col)) calc.B[static_cast<size_t>(row)][col] = v;
+}
+void SetC(CCalc& calc, int row, double v) {
+  if (InMatrix(calc, row)) calc.c[static_cast<size_t>(row)] = v;
+}
+
+int Pin(const CCmp& cmp, size_t index) { return index < cmp.pins.size() ? cmp.pins[index] : -1; }
+
+// The nodes and rows of one arm of the bridge, in the order of its four
+// clamps: from a to the two middle terminals, from them to b.
+struct BridgeArm {
+  int a, b, row;
+};
+
+void BridgeArms(const CElemD& d, BridgeArm (&arms)[4]) {
+  const int a = Pin(d, 0), b = Pin(d, 1), m1 = Pin(d, 2), m2 = Pin(d, 3), r = d.firstRow;
+  arms[0] = {m1, a, r};
+  arms[1] = {m2, a, r + 1};
+  arms[2] = {b, m1, r + 2};
+  arms[3] = {b, m2, r + 3};
+}
+
+// The state and sub-state at the start of a run, from the initial
+// conditions. The on/off condition may hold any integer; every non-zero
+// value means on.
+void InitState(CElemD& d) {
+  const int32_t model = d.ModelId();
+  const bool on = d.IC != 0;
+  if (model == MODEL_D_STORAGE || model == MODEL_D_SOFT) {
+    d.state = on ? 1 : 0;
+    d.phase = 0;
+    d.recovery = 0.0;
+    d.charge = d.t.Value > 0.0 && d.state != 0 ? d.ICQ.Value : 0.0;
+    return;
+  }
+  if (model != MODEL_D_DIODE) return;
+  if (IsTag(d, "D_D")) {
+    d.state = on && !std::isinf(d.Vd.Value) ? 1 : 0;
+  } else if (IsTag(d, "D_Z")) {
+    d.state = std::clamp(d.ICz.Index - 1, -1, 1);
+    if (std::isinf(d.Vd.Value) && d.state == 1) d.state = 0;
+    if (std::isinf(d.V.Value) && d.state == -1) d.state = 0;
+  } else if (IsTag(d, "D_ZS")) {
+    d.state = std::isinf(d.V.Value) ? 0 : std::clamp(d.ICz.Index - 1, -1, 1);
+  } else if (IsThyristor(d)) {
+    d.state = on && !std::isinf(d.Vd.Value) ? 1 : 0;
+    d.phase = d.state > 0 ? THYRISTOR_LATCHED : THYRISTOR_BLOCKED;
+  } else if (IsTag(d, "D_BR")) {
+    d.state = 0;
+  }
+}
+
+void StampDiodeModel(CElemD& d, CCalc& calc) {
+  const int a = Pin(d, 0), b = Pin(d, 1), r = d.firstRow, r1 = r + 1;
+  const double vd = d.Vd.Value;
+  if (IsTag(d, "D_D")) {
+    calc.StampClamp(a, b, r, d.state != 0, vd);
+  } else if (IsTag(d, "D_Z")) {
+    calc.StampClamp(a, b, r, d.state != 0, d.state < 0 ? -d.V.Value : vd);
+  } else if (IsTag(d, "D_ZS")) {
+    calc.StampClamp(a, b, r, d.state != 0, d.state < 0 ? -d.V.Value : d.V.Value);
+  } else if (IsThyristor(d)) {
+    // The gate current of the current-controlled type flows through a 0 V
+    // source on the second row.
+    if (IsTag(d, "D_CCT")) calc.StampVSource(Pin(d, 2), Pin(d, 3), r1, 0.0);
+    calc.StampClamp(a, b, r, d.phase != THYRISTOR_BLOCKED && d.state != 0, vd);
+  } else if (IsTag(d, "D_BR")) {
+    BridgeArm arms[4];
+    BridgeArms(d, arms);
+    for (int k = 0; k < 4; k++)
+      calc.StampClamp(arms[k].a, arms[k].b, arms[k].row, ((d.state >> k) & 1) != 0, vd);
+  }
+}
+
+// "Storage": the clamp, and on the second row the stored charge q with
+// dq/dt = i - q/t. While the charge lasts the diode may conduct backwards,
+// held at 0 V (state -1).
+void StampStorage(CElemD& d, CCalc& calc) {
+  const int a = Pin(d, 0), b = Pin(d, 1), r = d.firstRow, r1 = r + 1;
+  calc.StampClamp(a, b, r, d.state != 0, d.state == -1 ? 0.0 : d.Vd.Value);
+  const double tau = d.t.Value;
+  if (calc.stampMode == 0) {
+    SetA(calc, r1, r1, 1.0);
+    SetC(calc, r1, -d.charge);
+  } else if (tau <= 0.0) {
+    SetA(calc, r1, r1, -1.0);
+  } else {
+    SetA(calc, r1, r, 1.0);
+    SetB(calc, r1, r1, -1.0);
+    if (!std::isinf(tau)) SetA(calc, r1, r1, -1.0 / tau);
+  }
+}
+
+// "Soft": while conducting with a charge, first a source of the forward drop
+// whatever the current's sign (phase 0), then, once the reverse current
+// would take the charge away faster than the recovery time allows, a
+// current -q/ts that decays with the charge (phase 1).
+void StampSoft(CElemD& d, CCalc& calc) {
+  const int a = Pin(d, 0), b = Pin(d, 1), r = d.firstRow, r1 = r + 1;
+  const double tau = d.t.Value;
+  if (tau <= 0.0 || d.state == 0) {
+    calc.StampClamp(a, b, r, d.state != 0, d.Vd.Value);
+    SetA(calc, r1, r1, -1.0);
+    SetC(calc, r1, 0.0);
+    return;
+  }
+  if (d.phase == 0) {
+    calc.StampVSource(a, b, r, d.Vd.Value);
+    if (calc.stampMode == 0) {
+      SetA(calc, r1, r1, 1.0);
+      SetC(calc, r1, -d.charge);
+    } else {
+      SetA(calc, r1, r, 1.0);
+      SetA(calc, r1, r1, -1.0 / tau);
+      SetB(calc, r1, r1, -1.0);
+    }
+  } else if (d.phase == 1) {
+    const double ts = d.ts.Value;
+    calc.StampTransconductance(b, a, r1, 0, r, 1.0 / ts);
+    // A small constant drain, so that the charge reaches 0 in finite time.
+    SetC(calc, r1, d.recovery);
+    if (calc.stampMode == 0) {
+      SetA(calc, r1, r1, 1.0);
+      SetC(calc, r1, -d.charge);
+    } else {
+      SetA(calc, r1, r1, -1.0 / ts);
+      SetB(calc, r1, r1, -1.0);
+    }
+  }
+}
+
+void SaveState(CElemD& d) {
+  const int32_t model = d.ModelId();
+  if (model == MODEL_TABLE) return;  // a segment number is no start state
+  if (IsTag(d, "D_BR")) {
+    d.IC = d.state;
+  } else if (IsThyristor(d)) {
+    // A released latch blocks: the thyristor starts off whatever its clamp
+    // says.
+    d.IC = d.phase != THYRISTOR_BLOCKED && d.state != 0 ? 1 : 0;
+  } else if (IsTag(d, "D_D")) {
+    d.IC = d.state != 0 ? 1 : 0;
+  } else {
+    d.ICz.Index = d.state + 1;
+  }
+  if (model == MODEL_D_STORAGE || model == MODEL_D_SOFT) {
+    d.ICQ.Text.clear();
+    d.ICQ.Invalid = false;
+    d.ICQ.Value = d.charge > 0.0 ? d.charge : 0.0;
+  }
+}
+
 }  // namespace
 
 const ElemType kTypeD_D = {"D_D", 2, &MakeCmp<CElemD>, kDiodeModels, 0, "Diode"};
@@ -193,12 +359,280 @@ std::string& CElemD::GetICText(std::string& out) {
   return out;
 }
 
-bool CElemD::CheckParams() { return ReportNotSimulated(this); }
+bool CElemD::CheckParams() {
+  const int32_t model = ModelId();
+  if (model == MODEL_SUBCIR) return ReportNotSimulated(this);
+  bool ok = true;
+  auto fault = [this, &ok](const char* text) {
+    ComponentError(this, text);
+    ok = false;
+  };
+  const bool clamp = model == MODEL_D_DIODE || model == MODEL_D_STORAGE;
+  if (clamp && (IsTag(*this, "D_D") || IsTag(*this, "D_Z") || IsThyristor(*this) ||
+                IsTag(*this, "D_BR"))) {
+    if (Vd.Invalid)
+      fault("Vd : formula error");
+    else if (Vd.Value < 0)
+      fault("Vd < 0");
+  }
+  if (clamp && IsZener(*this)) {
+    if (V.Invalid)
+      fault("V : formula error");
+    else if (V.Value < 0)
+      fault("V < 0");
+  }
+  if (clamp && IsThyristor(*this)) {
+    if (Ihold.Invalid)
+      fault("Ihold : formula error");
+    else if (Ihold.Value < 0)
+      fault("Ihold < 0");
+  }
+  if (clamp && (IsTag(*this, "D_VCT") || IsTag(*this, "D_CCT"))) {
+    if (Threshold.Invalid)
+      fault("Threshold : formula error");
+    else if (std::isinf(Threshold.Value))
+      fault("Threshold = infinite");
+  }
+  if (model == MODEL_D_STORAGE || model == MODEL_D_SOFT) {
+    if (t.Invalid)
+      fault("t : formula error");
+    else if (std::isinf(t.Value))
+      fault("t = infinite");
+    else if (t.Value < 0)
+      fault("t < 0");
+    if (ICQ.Invalid)
+      fault("ICQ : formula error");
+    else if (std::isinf(ICQ.Value))
+      fault("ICQ = infinite");
+    else if (ICQ.Value < 0)
+      fault("ICQ < 0");
+  }
+  // The recovery time is reported as "tsr", the name it has in the
+  // circuit editor's dialog, although its parameter is "ts".
+  if (model == MODEL_D_SOFT) {
+    if (ts.Invalid)
+      fault("tsr : formula error");
+    else if (std::isinf(ts.Value))
+      fault("tsr = infinite");
+    else if (ts.Value < 0)
+      fault("tsr < 0");
+  }
+  return ok;
+}
 
 bool CElemD::GetTraceInfo(int kind, int& nodeA, int& nodeB, int& row, double& value) {
   CCmp::GetTraceInfo(kind, nodeA, nodeB, row, value);
   if (IsTag(*this, "D_BR")) return false;
   return ModelId() != MODEL_SUBCIR || kind == 0 || kind == 6;
+}
+
+double CElemD::GetTraceValue(CCalc& calc, int kind) {
+  // The bridge's power is the sum over its four arms of voltage times
+  // current.
+  if (!IsTag(*this, "D_BR") || kind != 2) return 0.0;
+  BridgeArm arms[4];
+  BridgeArms(*this, arms);
+  double power = 0.0;
+  for (const BridgeArm& arm : arms) power += (calc.V(arm.b) - calc.V(arm.a)) * calc.V(arm.row);
+  return power;
+}
+
+int CElemD::Stamp(CCalc& calc, int phaseOfStamp, double /*time*/) {
+  const int32_t model = ModelId();
+  if (model == MODEL_SUBCIR) return 0;
+  switch (phaseOfStamp) {
+    case STAMP_RESET:
+      phase = 0;
+      charge = 0.0;
+      recovery = 0.0;
+      return 0;
+    case STAMP_INIT:
+      if (model != prevModelId) InitState(*this);
+      return 0;
+    case STAMP_ACCEPT:
+      // Only the charge-storing models have a charge row.
+      if (model == MODEL_D_STORAGE || model == MODEL_D_SOFT) {
+        charge = calc.V(firstRow + 1);
+        if (!(charge > 0.0)) charge = 0.0;
+      }
+      return 0;
+    case STAMP_MATRIX:
+      if (calc.pass != 0) return 0;
+      if (model == MODEL_TABLE) {
+        if (pwl.Count == 0) return 0;
+        pwl.Segment = state;
+        const size_t index = static_cast<size_t>(std::clamp(pwl.Index(), 0, pwl.Count - 1));
+        const int a = Pin(*this, 0), b = Pin(*this, 1);
+        calc.StampTransconductance(b, a, a, b, firstRow, pwl.Slope[index]);
+        SetC(calc, firstRow, -pwl.Intercept[index]);
+      } else if (model == MODEL_D_DIODE) {
+        StampDiodeModel(*this, calc);
+      } else if (model == MODEL_D_STORAGE) {
+        StampStorage(*this, calc);
+      } else if (model == MODEL_D_SOFT) {
+        StampSoft(*this, calc);
+      }
+      return 0;
+    case STAMP_SAVE_IC:
+      SaveState(*this);
+      return 0;
+    default:
+      return 0;
+  }
+}
+
+bool CElemD::GetStateRange(int& low, int& high) {
+  const int32_t model = ModelId();
+  if (model == MODEL_TABLE) {
+    low = pwl.FirstSegment;
+    high = pwl.LastSegment;
+  } else if (model == MODEL_D_STORAGE) {
+    low = t.Value > 0.0 && phase > 0 ? -1 : 0;
+    high = 1;
+  } else if (model == MODEL_D_SOFT) {
+    // A conducting soft diode leaves its state only through its charge.
+    if (state != 0) return false;
+    low = 0;
+    high = 1;
+  } else if (model == MODEL_D_DIODE) {
+    if (IsTag(*this, "D_BR")) {
+      low = 0;
+      high = 15;
+    } else if (IsThyristor(*this)) {
+      // Only a gated or latched thyristor may be tried on.
+      low = 0;
+      high = phase != THYRISTOR_BLOCKED ? 1 : 0;
+    } else if (IsZener(*this)) {
+      low = -1;
+      high = 1;
+    } else {
+      low = 0;
+      high = 1;
+    }
+  } else {
+    return false;
+  }
+  return low < high;
+}
+
+bool CElemD::CheckSwitching(CCalc& calc, bool apply) {
+  const int32_t model = ModelId();
+  const int a = Pin(*this, 0), b = Pin(*this, 1), r = firstRow;
+  const double vd = Vd.Value;
+  if (model == MODEL_TABLE) {
+    if (pwl.Count == 0) return false;
+    pwl.Segment = state;
+    const bool result = pwl.FindSegment(calc.V(b) - calc.V(a), apply);
+    state = pwl.Segment;
+    return result;
+  }
+  if (model == MODEL_D_STORAGE)
+    return calc.CheckClamp(apply, state, a, b, r, vd, 0.0, phase != 0);
+  if (model == MODEL_D_SOFT) {
+    if (state != 0 && t.Value > 0.0) return false;
+    phase = 0;
+    return calc.CheckClamp(apply, state, a, b, r, vd, 0.0, false);
+  }
+  if (model != MODEL_D_DIODE) return false;
+  if (IsThyristor(*this)) {
+    if (phase == THYRISTOR_BLOCKED) return false;
+    const bool clamp = calc.CheckClamp(apply, state, a, b, r, vd, 0.0, false);
+    if (phase != THYRISTOR_LATCHED) return clamp;
+    // Latched: the clamp's own answer is dropped; the latch lets go when
+    // the current falls to the holding current or the voltage reverses.
+    if (calc.V(r) <= Ihold.Value || calc.V(b) - calc.V(a) < 0.0) {
+      if (apply) phase = THYRISTOR_BLOCKED;
+      return true;
+    }
+    return false;
+  }
+  if (IsTag(*this, "D_D")) return calc.CheckClamp(apply, state, a, b, r, vd, 0.0, false);
+  if (IsTag(*this, "D_Z")) return calc.CheckClamp(apply, state, a, b, r, vd, -V.Value, true);
+  if (IsTag(*this, "D_ZS"))
+    return calc.CheckClamp(apply, state, a, b, r, V.Value, -V.Value, true);
+  if (IsTag(*this, "D_BR")) {
+    BridgeArm arms[4];
+    BridgeArms(*this, arms);
+    bool result = false;
+    int32_t bits = 0;
+    for (int k = 0; k < 4; k++) {
+      int32_t bit = (state >> k) & 1;
+      if (calc.CheckClamp(apply, bit, arms[k].a, arms[k].b, arms[k].row, vd, 0.0, false))
+        result = true;
+      bits |= (bit != 0 ? 1 : 0) << k;
+    }
+    state = bits;
+    return result;
+  }
+  return false;
+}
+
+bool CElemD::PostStep(CCalc& calc, bool apply, double /*time*/, bool& changed) {
+  changed = false;
+  const int32_t model = ModelId();
+  const int r = firstRow, r1 = r + 1;
+  if (model == MODEL_D_DIODE && IsThyristor(*this)) {
+    double u = 0.0;
+    if (IsTag(*this, "D_VCT"))
+      u = calc.V(Pin(*this, 3)) - calc.V(Pin(*this, 2)) - Threshold.Value;
+    else if (IsTag(*this, "D_CCT"))
+      u = calc.V(r1) - Threshold.Value;
+    else
+      u = calc.V(Pin(*this, 2)) - calc.thr;
+    if (phase == THYRISTOR_GATED) {
+      // The gate lets go: the thyristor stays latched if enough current
+      // flows.
+      if (u <= 0.0) {
+        changed = true;
+        if (apply) phase = calc.V(r) > Ihold.Value ? THYRISTOR_LATCHED : THYRISTOR_BLOCKED;
+      }
+    } else if (u > 0.0) {
+      changed = true;
+      if (apply) phase = THYRISTOR_GATED;
+    }
+    return true;
+  }
+  if (model == MODEL_D_STORAGE) {
+    if (!(t.Value > 0.0)) return true;
+    const double q = calc.V(r1);
+    if (phase == 0) {
+      if (q > 0.0) {
+        changed = true;
+        if (apply) phase = 1;
+      }
+    } else if (phase == 1 && q < 0.0) {
+      changed = true;
+      if (apply) {
+        phase = 0;
+        if (state == -1) state = 0;
+      }
+    }
+    return true;
+  }
+  if (model == MODEL_D_SOFT) {
+    if (state == 0 || !(t.Value > 0.0)) return true;
+    const double q = calc.V(r1);
+    const double i = calc.V(r);
+    if (q <= 0.0) {
+      changed = true;
+      if (apply) state = 0;
+    } else if (phase == 0) {
+      if (-(i * ts.Value) >= q) {
+        changed = true;
+        if (apply) {
+          phase = 1;
+          recovery = i * 0.01;
+        }
+      }
+    } else if (phase == 1) {
+      if (calc.V(Pin(*this, 1)) - calc.V(Pin(*this, 0)) >= Vd.Value) {
+        changed = true;
+        if (apply) phase = 0;
+      }
+    }
+    return true;
+  }
+  return true;
 }
 
 }  // namespace tz4

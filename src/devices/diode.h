@@ -1,7 +1,9 @@
 // CElemD: the ideal rectifying elements: the diode with its charge-storing
 // forms, two zeners, three thyristors and a bridge. Each is a clamp on an
 // extra row: off, the row's current is held at 0; on, the voltage is held at
-// a fixed drop.
+// a fixed drop. A change of state happens only through the solver's
+// switching loop; the sub-states of thyristors (gate, latch) and of the
+// charge-storing diodes follow in PostStep.
 #pragma once
 #include <cstdint>
 #include <string>
@@ -22,6 +24,11 @@ class CElemD : public CCmp {
   std::string& GetICText(std::string& out) override;
   bool CheckParams() override;
   bool GetTraceInfo(int kind, int& nodeA, int& nodeB, int& row, double& value) override;
+  double GetTraceValue(CCalc& calc, int kind) override;
+  int Stamp(CCalc& calc, int phase, double time) override;
+  bool GetStateRange(int& low, int& high) override;
+  bool CheckSwitching(CCalc& calc, bool apply) override;
+  bool PostStep(CCalc& calc, bool apply, double time, bool& changed) override;
 
   CFormula Vd;              // "vd", 0: forward drop
   CFormula V;               // "v", 8: zener voltage

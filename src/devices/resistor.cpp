@@ -1,8 +1,10 @@
 #include "devices/resistor.h"
 
+#include <cmath>
 #include <cstring>
 
 #include "doc/xml_node.h"
+#include "solver/calc.h"
 
 namespace tz4 {
 
@@ -59,6 +61,49 @@ bool IsTag(const CCmp& cmp, const char* tag) {
   return cmp.type != nullptr && cmp.type->tag != nullptr && std::strcmp(cmp.type->tag, tag) == 0;
 }
 
+// Whether i is a row or column of the solver's matrices; unconnected pins
+// (negative) and logic nodes (at or above dim) are not.
+bool InMatrix(const CCalc& calc, int i) { return i >= 0 && i < calc.dim; }
+
+void AddA(CCalc& calc, int r, int col, double v) {
+  if (InMatrix(calc, r) && InMatrix(calc, col)) calc.A[static_cast<size_t>(r)][col] += v;
+}
+
+void SetA(CCalc& calc, int r, int col, double v) {
+  if (InMatrix(calc, r) && InMatrix(calc, col)) calc.A[static_cast<size_t>(r)][col] = v;
+}
+
+void SetB(CCalc& calc, int r, int col, double v) {
+  if (InMatrix(calc, r) && InMatrix(calc, col)) calc.B[static_cast<size_t>(r)][col] = v;
+}
+
+void SetC(CCalc& calc, int r, double v) {
+  if (InMatrix(calc, r)) calc.c[static_cast<size_t>(r)] = v;
+}
+
+// Slope and intercept of a table's segment; false when the table holds no
+// such segment (not parsed, or a state left over from another table).
+bool SegmentLine(const CPWL& table, int32_t segment, double& slope, double& intercept) {
+  const int32_t index = segment - table.FirstSegment;
+  if (index < 0 || index >= table.Count || static_cast<size_t>(index) >= table.Slope.size())
+    return false;
+  slope = table.Slope[static_cast<size_t>(index)];
+  const size_t i = static_cast<size_t>(index);
+  intercept = i < table.Intercept.size() ? table.Intercept[i] : 0.0;
+  return true;
+}
+
+bool SegmentInTable(const CPWL& table, int32_t segment) {
+  return segment >= table.FirstSegment && segment <= table.LastSegment;
+}
+
+// A stamp that found no usable table segment fails the solve with the
+// component's name in the solver's error text.
+int TableFault(CCalc& calc, const CCmp& cmp) {
+  calc.error = cmp.GetFullName() + ": no table segment";
+  return -1;
+}
+
 }  // namespace
 
 const ElemType kTypeR_R = {"R_R", 2, &MakeCmp<CElemR>, kResistorModels, 0, "Resistor"};
@@ -98,7 +143,25 @@ bool CElemR::Serialize(CXmlNode& archive, bool customFlag) {
   return true;
 }
 
-bool CElemR::CheckParams() { return ReportNotSimulated(this); }
+bool CElemR::CheckParams() {
+  switch (ModelId()) {
+    case MODEL_R_R:
+      return R.Invalid ? ComponentError(this, "R : formula error") : true;
+    case MODEL_R_POTENTIOMETER: {
+      // Every check runs, so that all faults are listed.
+      bool ok = true;
+      if (R.Invalid) ok = ComponentError(this, "R : formula error");
+      if (Position.Invalid) ok = ComponentError(this, "Position : formula error");
+      if (Position.Value < 0) ok = ComponentError(this, "Position < 0");
+      if (Position.Value > 1) ok = ComponentError(this, "Position > 1");
+      return ok;
+    }
+    case MODEL_SUBCIR:
+      return ReportNotSimulated(this);
+    default:
+      return true;
+  }
+}
 
 int32_t CElemR::GetExtraRows() {
   switch (ModelId()) {
@@ -118,6 +181,158 @@ bool CElemR::GetTraceInfo(int kind, int& nodeA, int& nodeB, int& row, double& va
   const int32_t model = ModelId();
   if (model == MODEL_R_R) value = R.Value;
   return model != MODEL_SUBCIR || kind == 0 || kind == 6;
+}
+
+int CElemR::Stamp(CCalc& calc, int phase, double /*t*/) {
+  const int32_t model = ModelId();
+  switch (phase) {
+    case STAMP_INIT:
+      if (model != prevModelId) state = 0;
+      if (model == MODEL_R_PWL_I) {
+        if (prevModelId != MODEL_R_PWL_I) pwlI.Clear();
+        if (!pwlI.Parse(this)) return -1;
+        // A segment left over from an earlier text of the table.
+        if (!SegmentInTable(pwlI, state)) state = 0;
+      } else if (model == MODEL_TABLE && IsTag(*this, "R_R")) {
+        if (!SegmentInTable(pwl, state)) state = 0;
+      }
+      return 0;
+    case STAMP_RESET:
+      pwlI.Clear();
+      return 0;
+    case STAMP_MATRIX:
+      break;
+    default:
+      return 0;
+  }
+  if (calc.pass != 0 || pins.size() < 2) return 0;
+
+  const int a = pins[0];
+  const int b = pins[1];
+  const int r = firstRow;
+  switch (model) {
+    case MODEL_R_R:
+      if (R.Value == 0) {
+        calc.StampVSource(a, b, r, 0.0);
+      } else if (!std::isinf(R.Value)) {
+        calc.StampConductance(a, b, R.Value);
+      }
+      return 0;
+
+    case MODEL_R_POTENTIOMETER: {
+      if (pins.size() < 3) return 0;
+      const int w = pins[2];
+      const double total = R.Value;
+      const double p = Position.Value;
+      if (total == 0) {
+        calc.StampVSource(a, w, r, 0.0);
+        calc.StampVSource(w, b, r + 1, 0.0);
+      } else if (p <= 0) {
+        calc.StampVSource(a, w, r, 0.0);
+        calc.StampConductance(w, b, total);
+      } else if (p >= 1) {
+        calc.StampConductance(a, w, total);
+        calc.StampVSource(w, b, r, 0.0);
+      } else {
+        calc.StampConductance(a, w, total * p);
+        calc.StampConductance(w, b, total * (1 - p));
+      }
+      return 0;
+    }
+
+    case MODEL_TABLE: {
+      double slope = 0.0, intercept = 0.0;
+      if (IsTag(*this, "R_R")) {
+        // x[r] = g * V + z: the current of the segment's line.
+        pwl.Segment = state;
+        if (!SegmentLine(pwl, state, slope, intercept)) return TableFault(calc, *this);
+        calc.StampTransconductance(b, a, a, b, r, slope);
+        SetC(calc, r, -intercept);
+        return 0;
+      }
+      // The controlled types: a resistance taken from the present segment,
+      // the current in row r.
+      if (!SegmentLine(pwl, pwl.Segment, slope, intercept)) return TableFault(calc, *this);
+      if (IsTag(*this, "R_CCR")) {
+        if (pins.size() < 4) return 0;
+        // The control current is sensed by a short between the control pins.
+        calc.StampVSource(pins[2], pins[3], r + 1, 0.0);
+      }
+      calc.StampResistor(a, b, r, slope);
+      return 0;
+    }
+
+    case MODEL_R_PWL_I: {
+      // V = slope * x[r] + z.
+      double slope = 0.0, intercept = 0.0;
+      pwlI.Segment = state;
+      if (!SegmentLine(pwlI, state, slope, intercept)) return TableFault(calc, *this);
+      calc.StampVSource(a, b, r, intercept);
+      SetA(calc, r, r, -slope);
+      return 0;
+    }
+
+    case MODEL_R_FUNCTION:
+      // "Z(s)" has no part in a transient run: the element is a resistance
+      // of 1 written with its own current row.
+      AddA(calc, a, r, 1.0);
+      AddA(calc, b, r, -1.0);
+      AddA(calc, r, a, 1.0);
+      AddA(calc, r, b, -1.0);
+      SetA(calc, r, r, 1.0);
+      SetB(calc, r, r, 0.0);
+      return 0;
+
+    default:
+      return 0;
+  }
+}
+
+bool CElemR::GetStateRange(int& low, int& high) {
+  if (!IsTag(*this, "R_R")) return false;
+  const CPWL* table = nullptr;
+  switch (ModelId()) {
+    case MODEL_TABLE:
+      table = &pwl;
+      break;
+    case MODEL_R_PWL_I:
+      table = &pwlI;
+      break;
+    default:
+      return false;
+  }
+  low = table->FirstSegment;
+  high = table->LastSegment;
+  return low < high;
+}
+
+bool CElemR::CheckSwitching(CCalc& calc, bool apply) {
+  if (!IsTag(*this, "R_R") || pins.size() < 2) return false;
+  bool changed = false;
+  switch (ModelId()) {
+    case MODEL_TABLE:
+      pwl.Segment = state;
+      changed = pwl.FindSegment(calc.V(pins[1]) - calc.V(pins[0]), apply);
+      state = pwl.Segment;
+      return changed;
+    case MODEL_R_PWL_I:
+      pwlI.Segment = state;
+      changed = pwlI.FindSegment(calc.V(firstRow), apply);
+      state = pwlI.Segment;
+      return changed;
+    default:
+      return false;
+  }
+}
+
+bool CElemR::PostStep(CCalc& calc, bool apply, double /*t*/, bool& changed) {
+  changed = false;
+  if (ModelId() != MODEL_TABLE || pins.size() < 4) return true;
+  if (IsTag(*this, "R_VCR"))
+    changed = pwl.FindSegment(calc.V(pins[3]) - calc.V(pins[2]), apply);
+  else if (IsTag(*this, "R_CCR"))
+    changed = pwl.FindSegment(calc.V(firstRow + 1), apply);
+  return true;
 }
 
 }  // namespace tz4

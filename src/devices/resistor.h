@@ -1,6 +1,12 @@
 // CElemR: the resistive elements: a fixed resistor, a table in either
 // direction, a potentiometer and two resistors steered by a voltage or a
 // current through a table of resistances.
+//
+// The tables turn a nonlinear curve into switching states. On "R_R" the
+// segment of the table is the component's `state`, moved by CheckSwitching
+// within a solve. On "R_VCR" and "R_CCR" the segment (`pwl.Segment`) follows
+// the control quantity after each accepted step (PostStep), like a value
+// read from outside rather than a state of the resistor's own branch.
 #pragma once
 #include <cstdint>
 #include <string>
@@ -18,6 +24,10 @@ class CElemR : public CCmp {
   bool CheckParams() override;
   int32_t GetExtraRows() override;
   bool GetTraceInfo(int kind, int& nodeA, int& nodeB, int& row, double& value) override;
+  int Stamp(CCalc& calc, int phase, double t) override;
+  bool GetStateRange(int& low, int& high) override;
+  bool CheckSwitching(CCalc& calc, bool apply) override;
+  bool PostStep(CCalc& calc, bool apply, double t, bool& changed) override;
 
   CFormula R;         // "r", 1: "R" of "R" and "Potentiometer"
   std::string Zs;     // "fs", "1": "Z(s)" of "Function", kept only

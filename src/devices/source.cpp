@@ -1,11 +1,22 @@
 #include "devices/source.h"
 
+#include <cmath>
+#include <string>
+
+#include "doc/cmps.h"
+#include "doc/doc.h"
 #include "doc/xml_node.h"
+#include "expr/context.h"
 #include "expr/numtext.h"
+#include "solver/calc.h"
 
 namespace tz4 {
 
 namespace {
+
+// Relative tolerance of time points: a delay within this fraction of a
+// period from 0 after a shift of the time origin is taken as exactly 0.
+constexpr double kTimeTolerance = 1e-12;
 
 // Sources and function outputs carry bit 4 of the trace mask.
 constexpr int32_t kTraceSource = TRACE_V | TRACE_I | TRACE_P | 16;
@@ -58,6 +69,39 @@ bool IsSignalModel(int32_t model) {
   }
 }
 
+bool IsCurrentSource(const CCmp& cmp) {
+  return cmp.type != nullptr && cmp.type->tag != nullptr && cmp.type->tag[0] == 'I';
+}
+
+// The models whose time origin moves when a run is continued from a saved
+// state, and that report their delay as the initial condition.
+bool HasTimeOrigin(int32_t model) { return IsSignalModel(model) && model != SIGNAL_FUNCTION; }
+
+// The running solver as V(), I() and P() in a source's formula see it.
+class SourceSimulation final : public CEvalSimulation {
+ public:
+  explicit SourceSimulation(CCalc& calc) : calc_(calc) {}
+
+  int TraceMask(CCmp* component) override {
+    const ModelInfo* model = component != nullptr ? component->GetModel() : nullptr;
+    return model != nullptr ? model->traceMask : 0;
+  }
+  std::string ComponentName(CCmp* component) override {
+    return component != nullptr ? component->GetFullName() : std::string();
+  }
+  bool GetTraceInfo(CCmp* component, int kind, int& nodeA, int& nodeB, int& row,
+                    double& resistance) override {
+    return component->GetTraceInfo(kind, nodeA, nodeB, row, resistance);
+  }
+  double GetTraceValue(CCmp* component, int kind) override {
+    return component->GetTraceValue(calc_, kind);
+  }
+  double Solution(int index) override { return calc_.V(index); }
+
+ private:
+  CCalc& calc_;
+};
+
 }  // namespace
 
 const ElemType kTypeV_V = {"V_V", 2, &MakeCmp<CElemV>, kVoltageModels, 0, "Voltage source"};
@@ -79,11 +123,118 @@ bool CElemV::Serialize(CXmlNode& archive, bool customFlag) {
 std::string& CElemV::GetICText(std::string& out) {
   out.clear();
   const int32_t model = ModelId();
-  if (IsSignalModel(model) && model != SIGNAL_FUNCTION)
+  if (HasTimeOrigin(model))
     out = GetFullName() + ".Delay=" + FormatNumber(Signal.Delay.Value, 12);
   return out;
 }
 
-bool CElemV::CheckParams() { return ReportNotSimulated(this); }
+bool CElemV::CheckParams() {
+  const int32_t model = ModelId();
+  const std::string letter = IsCurrentSource(*this) ? "I" : "V";
+  if (model == MODEL_V_CONSTANT) {
+    if (Value.Invalid) return ComponentError(this, letter + " : formula error");
+    if (std::isinf(Value.Value)) return ComponentError(this, letter + " = infinite");
+    return true;
+  }
+  if (model == MODEL_SUBCIR) return ReportNotSimulated(this);
+  if (HasTimeOrigin(model)) return Signal.CheckParams(model, this, letter);
+  return true;
+}
+
+bool CElemV::GetTraceInfo(int kind, int& nodeA, int& nodeB, int& row, double& value) {
+  CCmp::GetTraceInfo(kind, nodeA, nodeB, row, value);
+  return ModelId() != MODEL_SUBCIR || kind == 0 || kind == 6;
+}
+
+int CElemV::Stamp(CCalc& calc, int phase, double t) {
+  const int32_t model = ModelId();
+  const bool constant = model == MODEL_V_CONSTANT;
+  const bool signal = IsSignalModel(model);
+  const int r = firstRow;
+  const bool rowInMatrix = r > 0 && r < calc.dim;
+
+  SignalEnv env;
+  env.context = owner;
+  if (calc.doc != nullptr) env.folder = calc.doc->directory;
+
+  switch (phase) {
+    case STAMP_INIT: {
+      if (!signal) return 0;
+      // A fresh run starts the signal from scratch at 0; a rebuild in the
+      // middle of a run (a changed parameter) continues it from the last
+      // time point that the driver handed back.
+      double start = t;
+      if (prevModelId == 0) {
+        Signal.Start(SIGNAL_NONE, t, this, env);
+      } else if (calc.lastTime > start) {
+        start = calc.lastTime;
+      }
+      return Signal.Start(model, start, this, env) ? 0 : -1;
+    }
+
+    case STAMP_RESET:
+      Signal.ClearPoints();
+      return 0;
+
+    case STAMP_MATRIX:
+      if (calc.pass != 0 || (!constant && !signal) || pins.size() < 2) return 0;
+      if (IsCurrentSource(*this))
+        calc.StampOutCurrent(pins[0], pins[1], r, 0.0);
+      else
+        calc.StampOutVoltage(pins[0], pins[1], r, 0.0);
+      // The value comes in through s(t) alone.
+      if (rowInMatrix) calc.rowMark[static_cast<size_t>(r)] = 1;
+      return 0;
+
+    case STAMP_SOURCE: {
+      if (!rowInMatrix) return 0;
+      const size_t row = static_cast<size_t>(r);
+      if (constant) {
+        calc.s[row] = -Value.Value;
+        return 0;
+      }
+      if (!signal) return 0;
+      // The time derivative is the next order of the state form, which the
+      // pair solve of the initial conditions reads from sB.
+      SourceSimulation simulation(calc);
+      env.simulation = &simulation;
+      env.integrating = calc.stampMode == 0;
+      env.h = calc.step;
+      SignalValue value;
+      std::string failure;
+      if (!Signal.Value(t, env, value, failure)) {
+        calc.error = GetFullName() + ": " + failure;
+        return -1;
+      }
+      calc.s[row] = -value.value;
+      if (value.hasDerivative) calc.sB[row] = -value.derivative;
+      return 0;
+    }
+
+    case STAMP_SAVE_IC:
+      if (HasTimeOrigin(model)) {
+        const bool noShift = calc.doc != nullptr && calc.doc->settings.nsr;
+        Signal.ShiftTime(t, noShift, kTimeTolerance);
+      }
+      return 0;
+
+    default:
+      return 0;
+  }
+}
+
+void CElemV::NextEvent(CCalc& /*calc*/, double t, double& nextTime, double& maxStep) {
+  switch (ModelId()) {
+    case SIGNAL_PULSE:
+    case SIGNAL_STEP:
+    case SIGNAL_SIN:
+    case SIGNAL_FILE:
+    case SIGNAL_PWL:
+      Signal.NextEvent(t, nextTime, maxStep);
+      return;
+    default:
+      return;
+  }
+}
 
 }  // namespace tz4

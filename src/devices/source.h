@@ -1,5 +1,10 @@
 // CElemV: the independent voltage source "V_V" and current source "I_I".
 // Each holds a constant value or a time function (CSignal).
+//
+// The source's row is marked as varying: its value enters through the
+// time-dependent term s(t) alone, so that a step on a kept factorisation can
+// feed it in without touching the matrix. The constant model reads `Value`
+// at every evaluation, which is also where a host's input value lands.
 #pragma once
 #include <cstdint>
 #include <string>
@@ -17,6 +22,9 @@ class CElemV : public CCmp {
   bool Serialize(CXmlNode& archive, bool customFlag) override;
   std::string& GetICText(std::string& out) override;
   bool CheckParams() override;
+  bool GetTraceInfo(int kind, int& nodeA, int& nodeB, int& row, double& value) override;
+  int Stamp(CCalc& calc, int phase, double t) override;
+  void NextEvent(CCalc& calc, double t, double& nextTime, double& maxStep) override;
 
   // Whether the present model is driven by the signal.
   bool HasSignalModel() const;

@@ -47,8 +47,8 @@ void CDocSettings::SerializeStep(CXmlNode& element) { element.ArchiveDouble("ste
 
 CDoc::CDoc() : calc(std::make_unique<CCalc>(this)) { cmps.document = &levels_; }
 
-// The solver goes first (it points into the collection), then the number
-// lists, the traces and the components, in reverse order of declaration.
+// Members go in reverse order of declaration: the number lists, the solver
+// and the traces (both point into the collection), then the components.
 CDoc::~CDoc() = default;
 
 bool CDoc::Load(const std::string& path) {

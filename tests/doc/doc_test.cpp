@@ -205,7 +205,7 @@ TEST(DocSerialize, BothDirections) {
   const std::string text = out.WriteInline();
   EXPECT_EQ(text, "<Doc><Calc zero=\"" + tz4::FormatNumber(1e-11) + "\" kmin=\"" + tz4::FormatNumber(0.01) +
                       "\" nsr=\"false\" os=\"true\" low=\"0\" high=\"5\" thr=\"2.5\" timeout=\"4\" />"
-                      "<Tran><Settings step=\"" + tz4::FormatNumber(1e-5) + "\" /></Tran><Cmps Options=\"6\" /></Doc>");
+                      "<Tran><Settings step=\"" + tz4::FormatNumber(1e-5) + "\" /><Traces /></Tran><Cmps Options=\"6\" /></Doc>");
   CXmlNode in;
   ASSERT_EQ(in.ParseElement(text, 0), text.size());
   CDoc back;
