@@ -61,6 +61,19 @@ TZ4_API int TZ4_GetDataAt(int ncir, int ntrace, int index, double* t, double* v)
 TZ4_API int TZ4_GetLastData(int ncir, int ntrace, double* t, double* v);
 TZ4_API int TZ4_GetData(int ncir, int ntrace, double t, double* v);
 
+/* Run control. A run starts with TZ4_Start or with the first simulate call
+ * on an idle document. Intervals add to the time asked for so far, which
+ * TZ4_GetSimulationTime returns; TZ4_SimulateInterval lands exactly on it,
+ * TZ4_Simulate stops at the first point at or past it, and TZ4_SimulateStep
+ * stores one more point. A failure ends the run and keeps its results. */
+TZ4_API int TZ4_GetSimulationTime(int ncir, double* t);
+TZ4_API int TZ4_Start(int ncir);
+TZ4_API int TZ4_Simulate(int ncir, double interval);
+TZ4_API int TZ4_SimulateInterval(int ncir, double interval);
+TZ4_API int TZ4_SimulateStep(int ncir);
+TZ4_API int TZ4_SaveIC(int ncir);
+TZ4_API int TZ4_DeleteOldData(int ncir);
+
 #ifdef __cplusplus
 }
 #endif

@@ -149,9 +149,12 @@ int InfoCommand(const std::vector<std::string>& args, std::ostream& out, std::os
   for (int i = 0; i < doc.cmps.Count(); ++i) WriteComponent(out, *doc.cmps[i]);
 
   out << "\ntraces (" << doc.traces.Count() << ")\n";
+  size_t traceWidth = 0;
+  for (int i = 0; i < doc.traces.Count(); ++i) traceWidth = std::max(traceWidth, doc.traces[i]->GetName().size());
   for (int i = 0; i < doc.traces.Count(); ++i) {
     const CTrace* trace = doc.traces[i];
-    out << "  " << trace->GetName() << "  " << TraceTypeName(trace->type);
+    out << "  " << std::left << std::setw(static_cast<int>(traceWidth)) << trace->GetName() << std::right << "  "
+        << TraceTypeName(trace->type);
     if (trace->type == TRACE_TYPE_FUNCTION && trace->expr != trace->GetName()) out << "  " << trace->expr;
     out << '\n';
   }

@@ -18,6 +18,7 @@ std::string CsvField(const std::string& text) {
 
 std::string CsvNumber(double value) {
   if (std::isnan(value)) return "";
+  if (value == 0.0) return "0";  // also for -0
   char buffer[40];
   std::snprintf(buffer, sizeof buffer, "%.17g", value);
   return buffer;

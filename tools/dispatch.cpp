@@ -40,7 +40,7 @@ struct Entry {
 };
 
 constexpr Entry kCommands[] = {
-    // RUN-PENDING {"run", &RunCommand, &kRunHelp},
+    {"run", &RunCommand, &kRunHelp},
     {"info", &InfoCommand, &kInfoHelp},
     {"set", &SetCommand, &kSetHelp},
 };

@@ -166,7 +166,21 @@ std::string RenderSvg(const std::vector<Series>& series, const PlotOptions& opti
   for (size_t p = 0; p < panels; ++p) {
     Panel& P = panel[p];
     P.noData = yRange[p].Empty();
-    P.ticks = P.noData ? NiceTicks(0.0, 1.0, yTarget, true) : NiceTicks(yRange[p].low, yRange[p].high, yTarget, true);
+    if (P.noData) {
+      P.ticks = NiceTicks(0.0, 1.0, yTarget, true);
+    } else {
+      // The ends stand a little off the data, so that no curve runs along
+      // the frame; the ticks stay on round values inside.
+      double low = yRange[p].low;
+      double high = yRange[p].high;
+      if (low == high) {
+        const double pad = low == 0.0 ? 1.0 : std::fabs(low) * 0.1;
+        low -= pad;
+        high += pad;
+      }
+      const double margin = (high - low) * 0.04;
+      P.ticks = NiceTicks(low - margin, high + margin, yTarget, false);
+    }
     P.units = ChooseScale(std::max(std::fabs(P.ticks.low), std::fabs(P.ticks.high)));
     P.decimals = TickDecimals(P.ticks.step, P.units);
     for (double v : P.ticks.values) longestYLabel = std::max(longestYLabel, TickLabel(v, P.units, P.decimals).size());

@@ -23,6 +23,7 @@
 #include "doc/xml_node.h"
 #include "expr/context.h"
 #include "results/traces.h"
+#include "solver/driver_state.h"
 
 namespace tz4 {
 
@@ -157,6 +158,7 @@ class CDoc {
   bool running = false;      // Start succeeded and nothing has ended the run
   double time = 0.0;         // simulated time the driver has reached
   double targetTime = 0.0;   // time up to which the host has asked to run
+  CDriverState drive;        // the transient driver's working fields
 
  private:
   // The document as the components' formulas see it: the logic levels.

@@ -17,12 +17,22 @@
 // straight into the rows: `calc.A[r][col] += g`.
 #pragma once
 #include <cstdint>
+#include <ctime>
 #include <memory>
 #include <string>
 #include <utility>
 #include <vector>
 
 namespace tz4 {
+
+// Processor time of the process in milliseconds, modulo 2^32: the unit of
+// CDoc::runClock and of every time-out, whatever the platform's clock unit.
+inline uint32_t ProcessMillis() {
+  const std::clock_t ticks = std::clock();
+  if (ticks == static_cast<std::clock_t>(-1)) return 0;  // no clock: time-outs never fire
+  const double ms = static_cast<double>(ticks) * 1000.0 / static_cast<double>(CLOCKS_PER_SEC);
+  return static_cast<uint32_t>(static_cast<uint64_t>(ms));
+}
 
 class CDoc;
 class CCmp;
@@ -120,6 +130,14 @@ class CCalc {
   int MarkNeighbours(size_t index);
   bool PushHistory();
   void ResetHistory();
+
+  // ---- initial conditions ----
+  // Finds a solution at t that agrees with the stored values of reactive
+  // elements and the states of switching devices, in the state form of the
+  // system. 0 done; 99 not settled yet, try again (neighbours of an
+  // impulse were newly marked); -1 no solution or a stamp failed; -2, -3,
+  // -10 and -99 as Calculate.
+  int CalcIC(double t, double h);
 
   // ---- settings reached through the document ----
   // Without a document: zero 1e-11 and no time-out.

@@ -18,6 +18,7 @@ TEST(CsvWriter, FullPrecisionRoundTrips) {
   }
   EXPECT_EQ(CsvNumber(0.1), "0.10000000000000001");
   EXPECT_EQ(CsvNumber(kNaN), "");
+  EXPECT_EQ(CsvNumber(-0.0), "0");
   EXPECT_EQ(CsvNumber(std::numeric_limits<double>::infinity()), "inf");
 }
 

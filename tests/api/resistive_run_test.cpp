@@ -1,0 +1,245 @@
+// Resistive circuits with independent sources, run through the C interface
+// from real circuit files: every stored sample is compared with the closed
+// form of the circuit at its time. Covers the signal models as the driver
+// steps them (corners landed on, ramps, sines), table resistors switching
+// along a ramp in both directions of the table, a resistor that follows its
+// control after a step, a host's input, and the saved initial condition of
+// a timed source.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <functional>
+#include <string>
+
+#include "../doc/temp_files.h"
+#include "tz4.h"
+
+namespace {
+
+constexpr double kPi = 3.14159265358;
+
+std::string Error() { return TZ4_GetError(); }
+
+// A circuit file with the given components and maximum step.
+std::string CircuitFile(const std::string& components, double step) {
+  return "<?xml version=\"1.0\"?>\n<TZ4>\n  <Version ver=\"2\" />\n  <Doc>\n"
+         "    <Calc zero=\"1e-11\" kmin=\"0.01\" nsr=\"false\" os=\"false\" low=\"0\" high=\"5\" "
+         "thr=\"2.5\" timeout=\"0\" />\n"
+         "    <Tran>\n      <Settings step=\"" +
+         std::to_string(step) + "\" />\n    </Tran>\n    <Cmps>\n" + components +
+         "    </Cmps>\n  </Doc>\n</TZ4>\n";
+}
+
+class ResistiveRun : public testing::Test {
+ protected:
+  void Open(const std::string& components, double step = 1e-4) {
+    const std::string path = dir.File("circuit.tz4");
+    tz4_test::WriteFile(path, CircuitFile(components, step));
+    h = TZ4_Open(path.c_str());
+    ASSERT_GE(h, 0) << Error();
+  }
+  void TearDown() override {
+    if (h >= 0) TZ4_Close(h);
+  }
+
+  int Trace(const char* name, bool current = false) {
+    const int trace = current ? TZ4_AddITrace(h, name) : TZ4_AddVTrace(h, name);
+    EXPECT_GE(trace, 0) << Error();
+    return trace;
+  }
+
+  // Every sample of the trace equals the closed form at its time; returns
+  // the number of samples.
+  int ExpectSamples(int trace, const std::function<double(double)>& expected, double tol) {
+    const int count = TZ4_GetDataSize(h, trace);
+    for (int i = 0; i < count; i++) {
+      double t = 0, v = 0;
+      EXPECT_EQ(TZ4_GetDataAt(h, trace, i, &t, &v), 0) << Error();
+      EXPECT_NEAR(v, expected(t), tol) << "sample " << i << " at t = " << t;
+    }
+    return count;
+  }
+
+  // Whether a sample stands at time t (within rounding).
+  bool HasSampleAt(int trace, double at) {
+    const int count = TZ4_GetDataSize(h, trace);
+    for (int i = 0; i < count; i++) {
+      double t = 0, v = 0;
+      TZ4_GetDataAt(h, trace, i, &t, &v);
+      if (std::fabs(t - at) <= 1e-12 * at) return true;
+    }
+    return false;
+  }
+
+  void Dump(int trace) {
+    const int count = TZ4_GetDataSize(h, trace);
+    for (int i = 0; i < count; i++) {
+      double t = 0, v = 0;
+      TZ4_GetDataAt(h, trace, i, &t, &v);
+      printf("  %d %.17g %.17g\n", i, t, v);
+    }
+  }
+  double Last(int trace) {
+    double t = 0, v = 0;
+    EXPECT_EQ(TZ4_GetLastData(h, trace, &t, &v), 0) << Error();
+    return v;
+  }
+
+  tz4_test::TempDir dir{"resistive"};
+  int h = -1;
+};
+
+TEST_F(ResistiveRun, SineThroughADivider) {
+  Open("<Cmp type=\"V_V\" id=\"1\" name=\"V1\" node0=\"0\" node1=\"1\" model=\"Sin\" v=\"10\">"
+       "<Signal u0=\"1\" u1=\"2\" p=\"1e-3\" d=\"0\" /></Cmp>\n"
+       "<Cmp type=\"R_R\" id=\"2\" name=\"R1\" node0=\"1\" node1=\"2\" model=\"R\" r=\"1000\" />\n"
+       "<Cmp type=\"R_R\" id=\"3\" name=\"R2\" node0=\"2\" node1=\"0\" model=\"R\" r=\"3000\" />\n");
+  const int out = Trace("R2");
+  ASSERT_EQ(TZ4_Simulate(h, 2e-3), 0) << Error();
+  // R2's voltage runs from its second pin (ground) to its first.
+  const int count = ExpectSamples(
+      out, [](double t) { return -0.75 * (1 + 2 * std::sin(2 * kPi * 1000 * t)); }, 1e-9);
+  // Sixteen points a period at least.
+  EXPECT_GE(count, 32);
+}
+
+double Pulse(double t) {
+  const double tau = std::fmod(t, 1e-3);
+  if (tau < 1e-4) return tau / 1e-4;
+  if (tau < 5e-4) return 1.0;
+  if (tau < 6e-4) return 1.0 - (tau - 5e-4) / 1e-4;
+  return 0.0;
+}
+
+TEST_F(ResistiveRun, PulseCurrentLandsOnItsCorners) {
+  Open("<Cmp type=\"I_I\" id=\"1\" name=\"I1\" node0=\"0\" node1=\"1\" model=\"Pulse\" v=\"10\">"
+       "<Signal u0=\"0\" u1=\"1e-3\" p=\"1e-3\" w=\"5e-4\" r=\"1e-4\" f=\"1e-4\" d=\"0\" /></Cmp>\n"
+       "<Cmp type=\"R_R\" id=\"2\" name=\"R1\" node0=\"0\" node1=\"1\" model=\"R\" r=\"2000\" />\n");
+  const int out = Trace("R1");
+  const int current = Trace("I1", true);
+  ASSERT_EQ(TZ4_Simulate(h, 2e-3), 0) << Error();
+  ExpectSamples(out, [](double t) { return 2.0 * Pulse(t); }, 1e-9);
+  ExpectSamples(current, [](double t) { return 1e-3 * Pulse(t); }, 1e-12);
+  for (double corner : {1e-4, 5e-4, 6e-4, 1e-3, 1.1e-3, 1.5e-3, 1.6e-3})
+    EXPECT_TRUE(HasSampleAt(out, corner)) << corner;
+}
+
+TEST_F(ResistiveRun, FunctionOfTime) {
+  Open("<Cmp type=\"V_V\" id=\"1\" name=\"V1\" node0=\"0\" node1=\"1\" model=\"Function\" v=\"10\">"
+       "<Signal function=\"t*1000%2b1\" /></Cmp>\n"
+       "<Cmp type=\"R_R\" id=\"2\" name=\"R1\" node0=\"0\" node1=\"1\" model=\"R\" r=\"50\" />\n");
+  const int out = Trace("R1");
+  ASSERT_EQ(TZ4_Simulate(h, 1e-3), 0) << Error();
+  EXPECT_GE(ExpectSamples(out, [](double t) { return 1000 * t + 1; }, 1e-9), 10);
+}
+
+// 1 kOhm within +-1 V, 10 Ohm beyond, behind 100 Ohm from a ramp of 5 V/ms
+// that then holds. Beyond the breakpoint 1 mA + (V - 1) / 10 = (E - V) / 100.
+double TableVoltage(double e) {
+  const double inner = e * 1000 / 1100;
+  if (std::fabs(inner) <= 1) return inner;
+  const double sign = e > 0 ? 1 : -1;
+  return sign * (std::fabs(e) / 100 + 0.099) / 0.11;
+}
+
+TEST_F(ResistiveRun, TableResistorSwitchesAlongARamp) {
+  Open("<Cmp type=\"V_V\" id=\"1\" name=\"V1\" node0=\"1\" node1=\"0\" model=\"PWL\" v=\"10\">"
+       "<Signal pwl=\"0,0,1e-3,5\" /></Cmp>\n"
+       "<Cmp type=\"R_R\" id=\"2\" name=\"RS\" node0=\"0\" node1=\"2\" model=\"R\" r=\"100\" />\n"
+       "<Cmp type=\"R_R\" id=\"3\" name=\"RT\" node0=\"2\" node1=\"1\" model=\"PWL\" pwl=\"1000,1,10\" />\n");
+  // The source drives node 1 negative: the table is walked on its lower side.
+  const int out = Trace("RT");
+  ASSERT_EQ(TZ4_Simulate(h, 1.5e-3), 0) << Error();
+  ExpectSamples(
+      out, [](double t) { return TableVoltage(-5000 * std::fmin(t, 1e-3)); }, 1e-9);
+  EXPECT_NEAR(Last(out), TableVoltage(-5), 1e-9);
+}
+
+// V(I): 100 Ohm up to 10 mA, 1 kOhm beyond, fed by a current ramp.
+TEST_F(ResistiveRun, CurrentTableResistorSwitchesAlongARamp) {
+  Open("<Cmp type=\"I_I\" id=\"1\" name=\"I1\" node0=\"0\" node1=\"1\" model=\"PWL\" v=\"10\">"
+       "<Signal pwl=\"0,0,1e-3,0.02\" /></Cmp>\n"
+       "<Cmp type=\"R_R\" id=\"2\" name=\"RI\" node0=\"0\" node1=\"1\" model=\"PWL-I\" pwli=\"100,0.01,1000\" />\n");
+  const int out = Trace("RI");
+  const int current = Trace("RI", true);
+  ASSERT_EQ(TZ4_Simulate(h, 1e-3), 0) << Error();
+  auto voltage = [](double t) {
+    const double i = 20 * t;
+    return i <= 0.01 ? 100 * i : 1 + 1000 * (i - 0.01);
+  };
+  ExpectSamples(out, voltage, 1e-9);
+  ExpectSamples(current, [](double t) { return 20 * t; }, 1e-12);
+  EXPECT_NEAR(Last(out), 11.0, 1e-9);
+}
+
+TEST_F(ResistiveRun, ControlledResistorFollowsItsControl) {
+  Open("<Cmp type=\"V_V\" id=\"1\" name=\"V1\" node0=\"0\" node1=\"1\" model=\"V\" v=\"10\" />\n"
+       "<Cmp type=\"R_R\" id=\"2\" name=\"RS\" node0=\"1\" node1=\"2\" model=\"R\" r=\"1000\" />\n"
+       "<Cmp type=\"V_V\" id=\"3\" name=\"VC\" node0=\"0\" node1=\"3\" model=\"Step\" v=\"10\">"
+       "<Signal u0=\"0\" u1=\"2\" r=\"0\" d=\"5e-4\" /></Cmp>\n"
+       "<Cmp type=\"R_VCR\" id=\"4\" name=\"RV\" node0=\"0\" node1=\"2\" node2=\"0\" node3=\"3\" "
+       "model=\"PWL\" pwl=\"1000,1,10\" />\n");
+  const int out = Trace("RV");
+  ASSERT_EQ(TZ4_Simulate(h, 1e-3), 0) << Error();
+  Dump(out);
+  const int count = TZ4_GetDataSize(h, out);
+  int after = 0;
+  for (int i = 0; i < count; i++) {
+    double t = 0, v = 0;
+    ASSERT_EQ(TZ4_GetDataAt(h, out, i, &t, &v), 0);
+    if (t <= 5e-4 * (1 + 1e-12)) {
+      EXPECT_NEAR(v, 5.0, 1e-9) << t;
+    } else if (t >= 5.1e-4) {
+      EXPECT_NEAR(v, 10.0 * 10 / 1010, 1e-9) << t;
+      after++;
+    }
+  }
+  EXPECT_GT(after, 3);
+}
+
+TEST_F(ResistiveRun, HostInputDrivesASource) {
+  Open("<Cmp type=\"V_V\" id=\"1\" name=\"V1\" node0=\"0\" node1=\"1\" model=\"Pulse\" v=\"10\">"
+       "<Signal u1=\"5\" /></Cmp>\n"
+       "<Cmp type=\"R_R\" id=\"2\" name=\"R1\" node0=\"1\" node1=\"2\" model=\"R\" r=\"1000\" />\n"
+       "<Cmp type=\"R_R\" id=\"3\" name=\"R2\" node0=\"0\" node1=\"2\" model=\"R\" r=\"3000\" />\n");
+  const int input = TZ4_GetInput(h, "V1");
+  ASSERT_GE(input, 0) << Error();
+  const int out = Trace("R2");
+  ASSERT_EQ(TZ4_Simulate(h, 1e-3), 0) << Error();
+  EXPECT_NEAR(Last(out), 0.0, 1e-12);
+  ASSERT_EQ(TZ4_SetInputValue(h, input, 4.0), 0) << Error();
+  ASSERT_EQ(TZ4_Simulate(h, 1e-3), 0) << Error();
+  Dump(out);
+  ExpectSamples(out, [](double t) { return t <= 1e-3 * (1 + 1e-12) ? 0.0 : 3.0; }, 1e-12);
+  EXPECT_NEAR(Last(out), 3.0, 1e-12);
+}
+
+TEST_F(ResistiveRun, SavedInitialConditionMovesAStepsDelay) {
+  Open("<Cmp type=\"V_V\" id=\"1\" name=\"V1\" node0=\"0\" node1=\"1\" model=\"Step\" v=\"10\">"
+       "<Signal u0=\"0\" u1=\"5\" r=\"0\" d=\"2e-3\" /></Cmp>\n"
+       "<Cmp type=\"R_R\" id=\"2\" name=\"R1\" node0=\"0\" node1=\"1\" model=\"R\" r=\"1000\" />\n");
+  const int out = Trace("R1");
+  ASSERT_EQ(TZ4_Simulate(h, 1e-3), 0) << Error();
+  EXPECT_EQ(Last(out), 0.0);
+  Dump(out);
+  ASSERT_EQ(TZ4_SaveIC(h), 0) << Error();
+  double delay = 0;
+  ASSERT_EQ(TZ4_GetValue(h, "V1.Delay", &delay), 0) << Error();
+  EXPECT_NEAR(delay, 1e-3, 1e-15);
+
+  // A new run starts from the saved point: the step is 1 ms away.
+  ASSERT_EQ(TZ4_Start(h), 0) << Error();
+  ASSERT_EQ(TZ4_Simulate(h, 1.5e-3), 0) << Error();
+  Dump(out);
+  // At the corner itself either level is right.
+  const int count = TZ4_GetDataSize(h, out);
+  for (int i = 0; i < count; i++) {
+    double t = 0, v = 0;
+    ASSERT_EQ(TZ4_GetDataAt(h, out, i, &t, &v), 0);
+    if (std::fabs(t - 1e-3) > 1e-15) EXPECT_EQ(v, t < 1e-3 ? 0.0 : 5.0) << t;
+  }
+  EXPECT_TRUE(HasSampleAt(out, 1e-3));
+  EXPECT_EQ(Last(out), 5.0);
+}
+
+}  // namespace

@@ -1,0 +1,420 @@
+// Resistors in the solver: circuits read from their file elements, solved,
+// and compared with hand calculations. Covers the fixed resistor with its
+// short and open limits, the potentiometer at and between its ends, the
+// tables in both directions with their switching, the controlled types that
+// follow their control after a step, the fixed stand-in of "Function", and
+// the parameter checks word for word.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <string>
+
+#include "api/last_error.h"
+#include "devices/resistor.h"
+#include "doc/cmps.h"
+#include "doc/xml_node.h"
+#include "solver/calc.h"
+
+namespace tz4 {
+namespace {
+
+// A circuit from its "Cmp" elements, in one run list. Nodes numbered 1, 2,
+// ... without gaps keep their numbers through the numbering.
+class Bench {
+ public:
+  explicit Bench(const std::string& elements) {
+    CXmlNode root("Cmps");
+    EXPECT_EQ(root.LoadFromText("<Cmps>" + elements + "</Cmps>"), 0);
+    EXPECT_TRUE(cmps.Serialize(&root)) << LastError();
+    cmps.UpdateFormulas();
+  }
+
+  // Checks, adds, numbers and allocates; the code of AddComponents.
+  int Build() {
+    SetLastError("");
+    EXPECT_TRUE(cmps.CheckParams()) << LastError();
+    const int added = calc.AddComponents(cmps);
+    calc.MergeNodes();
+    calc.NumberNodes();
+    EXPECT_TRUE(calc.AllocateSystem());
+    calc.step = 1e-3;
+    return added;
+  }
+
+  // The switching loop at one instant, with the algebraic form.
+  int Solve(double t = 0.0) { return calc.Calculate(t, 1e-6, false, false); }
+
+  CElemR& R(const std::string& name) {
+    auto* r = dynamic_cast<CElemR*>(cmps.Find(name));
+    EXPECT_NE(r, nullptr) << name;
+    return *r;
+  }
+  double V(int node) const { return calc.V(node); }
+  // V(pins[1]) - V(pins[0]) of a component.
+  double Across(const std::string& name) {
+    CCmp* cmp = cmps.Find(name);
+    return calc.V(cmp->pins[1]) - calc.V(cmp->pins[0]);
+  }
+  double Row(const std::string& name, int extra = 0) {
+    return calc.V(cmps.Find(name)->firstRow + extra);
+  }
+
+  CCmps cmps;
+  CCalc calc;
+};
+
+std::string Source(const std::string& name, int a, int b, double v) {
+  return "<Cmp type=\"V_V\" id=\"90\" name=\"" + name + "\" node0=\"" + std::to_string(a) +
+         "\" node1=\"" + std::to_string(b) + "\" model=\"V\" v=\"" + std::to_string(v) + "\" />";
+}
+
+std::string Resistor(const std::string& name, int a, int b, const std::string& r,
+                     const std::string& extra = "") {
+  return "<Cmp type=\"R_R\" id=\"91\" name=\"" + name + "\" node0=\"" + std::to_string(a) +
+         "\" node1=\"" + std::to_string(b) + "\" model=\"R\" r=\"" + r + "\" " + extra + " />";
+}
+
+std::string Table(const std::string& type, const std::string& model, const std::string& name,
+                  const std::string& nodes, const std::string& text) {
+  const std::string attribute = model == "PWL-I" ? "pwli" : "pwl";
+  return "<Cmp type=\"" + type + "\" id=\"92\" name=\"" + name + "\" " + nodes + " model=\"" +
+         model + "\" " + attribute + "=\"" + text + "\" />";
+}
+
+std::string Pot(const std::string& r, const std::string& p) {
+  return "<Cmp type=\"R_Pot\" id=\"93\" name=\"P1\" node0=\"1\" node1=\"3\" node2=\"2\" "
+         "model=\"Potentiometer\" r=\"" + r + "\" p=\"" + p + "\" />";
+}
+
+TEST(ResistorRun, DividerAndTheTraceResistance) {
+  Bench bench(Source("V1", 0, 1, 10) + Resistor("R1", 1, 2, "1000") + Resistor("R2", 2, 0, "3000"));
+  ASSERT_EQ(bench.Build(), 0);
+  EXPECT_EQ(bench.R("R1").GetExtraRows(), 0);
+  ASSERT_EQ(bench.Solve(), 0) << bench.calc.error;
+  EXPECT_NEAR(bench.V(2), 7.5, 1e-12);
+  EXPECT_NEAR(bench.Row("V1"), 2.5e-3, 1e-15);  // delivered out of the source's second pin
+
+  int a = 0, b = 0, row = 0;
+  double value = 0;
+  ASSERT_TRUE(bench.R("R2").GetTraceInfo(1, a, b, row, value));
+  EXPECT_EQ(row, 0);
+  EXPECT_EQ(value, 3000.0);
+  // The current runs from the second pin to the first: V / R.
+  EXPECT_NEAR((bench.V(b) - bench.V(a)) / value, -2.5e-3, 1e-15);
+}
+
+TEST(ResistorRun, ZeroTakesARowAndCarriesTheCurrent) {
+  Bench bench(Source("V1", 0, 1, 10) + Resistor("R0", 1, 2, "0") + Resistor("RL", 2, 0, "1000"));
+  ASSERT_EQ(bench.Build(), 0);
+  EXPECT_EQ(bench.R("R0").GetExtraRows(), 1);
+  ASSERT_GT(bench.R("R0").firstRow, 0);
+  ASSERT_EQ(bench.Solve(), 0) << bench.calc.error;
+  EXPECT_NEAR(bench.V(2), 10.0, 1e-12);
+  // 10 mA from node 1 (first pin) to node 2: against the positive sense.
+  EXPECT_NEAR(bench.Row("R0"), -0.01, 1e-15);
+}
+
+TEST(ResistorRun, InfiniteWritesNothingAndTracesNoCurrent) {
+  Bench bench(Source("V1", 0, 1, 10) + Resistor("R1", 1, 2, "1000") + Resistor("RX", 2, 0, "inf") +
+              Resistor("R2", 2, 0, "1000") + Resistor("RY", 3, 0, "inf"));
+  ASSERT_EQ(bench.Build(), 0);
+  EXPECT_EQ(bench.R("RX").GetExtraRows(), 0);
+  ASSERT_TRUE(bench.calc.StampMatrices(0.0));
+  // Node 3 has nothing but the open resistor: its row stays empty.
+  EXPECT_EQ(bench.calc.maskA[3][0], 0);
+  ASSERT_EQ(bench.Solve(), 0);
+  EXPECT_EQ(bench.calc.rowMark[3], 1);  // node 3 is free
+  EXPECT_NEAR(bench.V(2), 5.0, 1e-12);
+  int a = 0, b = 0, row = 0;
+  double value = 0;
+  ASSERT_TRUE(bench.R("RX").GetTraceInfo(1, a, b, row, value));
+  EXPECT_TRUE(std::isinf(value));
+  EXPECT_EQ((bench.V(b) - bench.V(a)) / value, 0.0);
+}
+
+TEST(ResistorRun, NegativeResistanceIsAccepted) {
+  Bench bench(Source("V1", 0, 1, 10) + Resistor("R1", 1, 2, "1000") + Resistor("RN", 2, 0, "-500"));
+  ASSERT_EQ(bench.Build(), 0);
+  ASSERT_EQ(bench.Solve(), 0);
+  EXPECT_NEAR(bench.V(2), 10.0 * -500.0 / 500.0, 1e-9);
+}
+
+TEST(PotentiometerRun, WiperBetweenTheEnds) {
+  // End a at 10 V, end b through 1 kOhm to ground, wiper (node 2) unloaded.
+  Bench bench(Source("V1", 0, 1, 10) + Pot("3000", "0.25") + Resistor("RL", 3, 0, "1000"));
+  ASSERT_EQ(bench.Build(), 0);
+  EXPECT_EQ(bench.R("P1").GetExtraRows(), 0);
+  ASSERT_EQ(bench.Solve(), 0);
+  // 2.5 mA through 4 kOhm; the wiper sits 750 Ohm below end a.
+  EXPECT_NEAR(bench.V(3), 2.5, 1e-12);
+  EXPECT_NEAR(bench.V(2), 10.0 - 750 * 2.5e-3, 1e-12);
+}
+
+TEST(PotentiometerRun, AtTheEndsTheWiperIsShortedToThatEnd) {
+  {
+    Bench bench(Source("V1", 0, 1, 10) + Pot("3000", "0") + Resistor("RL", 3, 0, "1000"));
+    ASSERT_EQ(bench.Build(), 0);
+    EXPECT_EQ(bench.R("P1").GetExtraRows(), 1);
+    ASSERT_EQ(bench.Solve(), 0);
+    EXPECT_NEAR(bench.V(2), 10.0, 1e-12);
+    EXPECT_NEAR(bench.V(3), 2.5, 1e-12);
+    // The whole 2.5 mA passes the short from end a to the wiper.
+    EXPECT_NEAR(bench.Row("P1"), -2.5e-3, 1e-15);
+  }
+  {
+    Bench bench(Source("V1", 0, 1, 10) + Pot("3000", "1") + Resistor("RL", 3, 0, "1000"));
+    ASSERT_EQ(bench.Build(), 0);
+    EXPECT_EQ(bench.R("P1").GetExtraRows(), 1);
+    ASSERT_EQ(bench.Solve(), 0);
+    EXPECT_NEAR(bench.V(2), 2.5, 1e-12);
+    // The short from wiper to end b carries the whole 2.5 mA from w to b.
+    EXPECT_NEAR(bench.Row("P1"), -2.5e-3, 1e-15);
+  }
+}
+
+TEST(PotentiometerRun, ZeroResistanceIsTwoShortsEvenAtAnEnd) {
+  Bench bench(Source("V1", 0, 1, 10) + Pot("0", "0") + Resistor("RL", 3, 0, "1000"));
+  ASSERT_EQ(bench.Build(), 0);
+  EXPECT_EQ(bench.R("P1").GetExtraRows(), 2);
+  ASSERT_EQ(bench.Solve(), 0);
+  EXPECT_NEAR(bench.V(2), 10.0, 1e-12);
+  EXPECT_NEAR(bench.V(3), 10.0, 1e-12);
+  // 10 mA from a through the wiper to b: both shorts see it against their sense.
+  EXPECT_NEAR(bench.Row("P1"), -0.01, 1e-15);
+  EXPECT_NEAR(bench.Row("P1", 1), -0.01, 1e-15);
+}
+
+TEST(PotentiometerChecks, EveryFaultIsListedInOrder) {
+  Bench bench("<Cmp type=\"R_Pot\" id=\"1\" name=\"P1\" node0=\"1\" node1=\"0\" node2=\"2\" "
+              "model=\"Potentiometer\" r=\"1\" r_str=\"%3dnothing*2\" p=\"1.5\" />"
+              "<Cmp type=\"R_Pot\" id=\"2\" name=\"P2\" node0=\"1\" node1=\"0\" node2=\"2\" "
+              "model=\"Potentiometer\" r=\"1\" p=\"-0.5\" p_str=\"%3dnothing\" />"
+              "<Cmp type=\"R_Pot\" id=\"3\" name=\"P3\" node0=\"1\" node1=\"0\" node2=\"2\" "
+              "model=\"Potentiometer\" r=\"1000\" p=\"1\" />");
+  SetLastError("");
+  EXPECT_FALSE(bench.R("P1").CheckParams());
+  EXPECT_EQ(LastError(), "P1 : R : formula error; P1 : Position > 1; ");
+  SetLastError("");
+  EXPECT_FALSE(bench.R("P2").CheckParams());
+  EXPECT_EQ(LastError(), "P2 : Position : formula error; P2 : Position < 0; ");
+  SetLastError("");
+  EXPECT_TRUE(bench.R("P3").CheckParams());
+  EXPECT_EQ(LastError(), "");
+}
+
+TEST(ResistorChecks, FormulaErrorAndModelsWithoutChecks) {
+  Bench bench("<Cmp type=\"R_R\" id=\"1\" name=\"R1\" node0=\"1\" node1=\"0\" model=\"R\" r=\"5\" "
+              "r_str=\"%3dR1.R\" />" +
+              Table("R_R", "PWL", "R2", "node0=\"1\" node1=\"0\"", "1,0,2") +
+              Table("R_VCR", "PWL", "R3", "node0=\"1\" node1=\"0\" node2=\"0\" node3=\"1\"", "1") +
+              "<Cmp type=\"R_R\" id=\"4\" name=\"R4\" node0=\"1\" node1=\"0\" model=\"Function\" "
+              "fs=\"1%2bs\" />");
+  SetLastError("");
+  // A formula that reads itself is cut off as invalid.
+  EXPECT_FALSE(bench.R("R1").CheckParams());
+  EXPECT_EQ(LastError(), "R1 : R : formula error; ");
+  SetLastError("");
+  EXPECT_TRUE(bench.R("R2").CheckParams());
+  EXPECT_TRUE(bench.R("R3").CheckParams());
+  EXPECT_TRUE(bench.R("R4").CheckParams());
+  EXPECT_EQ(LastError(), "");
+}
+
+TEST(ResistorTable, DefaultTextIsOneOhmInOneSegment) {
+  Bench bench(Source("V1", 0, 1, 3) + Table("R_R", "PWL", "RT", "node0=\"0\" node1=\"1\"", "1.0"));
+  ASSERT_EQ(bench.Build(), 0);
+  int low = 5, high = 5;
+  EXPECT_FALSE(bench.R("RT").GetStateRange(low, high));
+  EXPECT_EQ(low, 0);
+  EXPECT_EQ(high, 0);
+  ASSERT_EQ(bench.Solve(), 0);
+  EXPECT_NEAR(bench.Row("RT"), 3.0, 1e-12);
+  EXPECT_EQ(bench.R("RT").state, 0);
+}
+
+// 1 kOhm within +-1 V and 10 Ohm beyond, in series with 100 Ohm from the
+// source. Segment +1: 1 mA + (V - 1) / 10 = (E - V) / 100.
+TEST(ResistorTable, SwitchesToTheSegmentOfTheSolution) {
+  for (double e : {5.0, -5.0}) {
+    SCOPED_TRACE(e);
+    Bench bench(Source("V1", 0, 1, e) + Resistor("RS", 1, 2, "100") +
+                Table("R_R", "PWL", "RT", "node0=\"0\" node1=\"2\"", "1000,1,10"));
+    ASSERT_EQ(bench.Build(), 0);
+    int low = 0, high = 0;
+    EXPECT_TRUE(bench.R("RT").GetStateRange(low, high));
+    EXPECT_EQ(low, -1);
+    EXPECT_EQ(high, 1);
+    ASSERT_EQ(bench.Solve(), 0) << bench.calc.error;
+    const double sign = e > 0 ? 1.0 : -1.0;
+    const double v = 0.149 / 0.11;
+    EXPECT_EQ(bench.R("RT").state, static_cast<int>(sign));
+    EXPECT_NEAR(bench.Across("RT"), sign * v, 1e-12);
+    EXPECT_NEAR(bench.Row("RT"), sign * (1e-3 + (v - 1) / 10), 1e-12);
+    EXPECT_NE(bench.calc.cause.find("RT"), std::string::npos);
+  }
+}
+
+TEST(ResistorTable, ACheckWithoutApplyMovesNothingAndCrossingStopsAtTheOrigin) {
+  // Five segments; the solution lies in +2 while the state starts at -2.
+  Bench bench(Source("V1", 0, 1, 10) + Resistor("RS", 1, 2, "100") +
+              Table("R_R", "PWL", "RT", "node0=\"0\" node1=\"2\"", "1000,1,1000,2,1000"));
+  ASSERT_EQ(bench.Build(), 0);
+  CElemR& rt = bench.R("RT");
+  rt.state = -2;
+  bench.calc.StepAlgebraic(0.0, 1e-6);
+  EXPECT_TRUE(rt.CheckSwitching(bench.calc, false));
+  EXPECT_EQ(rt.state, -2);
+  EXPECT_TRUE(rt.CheckSwitching(bench.calc, true));
+  EXPECT_EQ(rt.state, 0);
+  ASSERT_EQ(bench.Solve(), 0);
+  EXPECT_EQ(rt.state, 2);
+  // All segments are 1 kOhm: the curve is a straight line through 0.
+  EXPECT_NEAR(bench.V(2), 10.0 * 1000 / 1100, 1e-9);
+  EXPECT_FALSE(rt.CheckSwitching(bench.calc, true));
+}
+
+TEST(ResistorTable, StateOutsideANewTableStartsAtTheOrigin) {
+  Bench bench(Source("V1", 0, 1, 0.5) + Table("R_R", "PWL", "RT", "node0=\"0\" node1=\"1\"", "2"));
+  CElemR& rt = bench.R("RT");
+  rt.state = 3;
+  rt.prevModelId = MODEL_TABLE;  // a rebuild: the model did not change
+  ASSERT_EQ(bench.Build(), 0);
+  EXPECT_EQ(rt.state, 0);
+  ASSERT_EQ(bench.Solve(), 0);
+  EXPECT_NEAR(bench.Row("RT"), 0.25, 1e-12);
+}
+
+// V(I): 100 Ohm up to 10 mA, then 1 kOhm; 5 V through 100 Ohm.
+// Segment +1: V = 1 + 1000 (I - 0.01), I = (5 - V) / 100.
+TEST(ResistorTableOfCurrent, SolvesOnTheCurrentAxis) {
+  Bench bench(Source("V1", 0, 1, 5) + Resistor("RS", 1, 2, "100") +
+              Table("R_R", "PWL-I", "RI", "node0=\"0\" node1=\"2\"", "100,0.01,1000"));
+  ASSERT_EQ(bench.Build(), 0);
+  CElemR& ri = bench.R("RI");
+  EXPECT_EQ(ri.GetExtraRows(), 1);
+  EXPECT_EQ(ri.pwlI.Count, 3);  // parsed on entry
+  int low = 0, high = 0;
+  EXPECT_TRUE(ri.GetStateRange(low, high));
+  EXPECT_EQ(low, -1);
+  EXPECT_EQ(high, 1);
+  ASSERT_EQ(bench.Solve(), 0) << bench.calc.error;
+  const double i = 14.0 / 1100.0;
+  EXPECT_EQ(ri.state, 1);
+  EXPECT_NEAR(bench.Row("RI"), i, 1e-12);
+  EXPECT_NEAR(bench.Across("RI"), 1000 * i - 9, 1e-9);
+}
+
+TEST(ResistorTableOfCurrent, AFaultyTextIsReportedOnEntryOnce) {
+  Bench bench(Source("V1", 0, 1, 5) + Table("R_R", "PWL-I", "RI", "node0=\"0\" node1=\"1\"", "1,2"));
+  SetLastError("");
+  EXPECT_EQ(bench.Build(), -1);
+  EXPECT_EQ(LastError(), "RI : Wrong number of PWL parameters; ");
+  // A restart clears the table, so the fault is reported again.
+  CElemR& ri = bench.R("RI");
+  ri.Stamp(bench.calc, STAMP_RESET, 0.0);
+  SetLastError("");
+  EXPECT_EQ(ri.Stamp(bench.calc, STAMP_INIT, 0.0), -1);
+  EXPECT_EQ(LastError(), "RI : Wrong number of PWL parameters; ");
+}
+
+// A voltage-controlled resistor: 1 kOhm while |Vc| < 1 V, 10 Ohm beyond.
+// 10 V through 1 kOhm into it; the control is a second source.
+std::string VcrCircuit(double control) {
+  return Source("V1", 0, 1, 10) + Resistor("RS", 1, 2, "1000") + Source("VC", 0, 3, control) +
+         Table("R_VCR", "PWL", "RV", "node0=\"0\" node1=\"2\" node2=\"0\" node3=\"3\"", "1000,1,10");
+}
+
+TEST(ControlledResistor, VoltageControlFollowsAfterTheStep) {
+  Bench bench(VcrCircuit(2.0));
+  ASSERT_EQ(bench.Build(), 0);
+  CElemR& rv = bench.R("RV");
+  EXPECT_EQ(rv.GetExtraRows(), 1);
+  int low = 0, high = 0;
+  EXPECT_FALSE(rv.GetStateRange(low, high));  // not a searchable state
+  ASSERT_EQ(bench.Solve(), 0);
+  // The switching loop leaves the controlled type alone.
+  EXPECT_NEAR(bench.V(2), 5.0, 1e-12);
+  EXPECT_NEAR(bench.Row("RV"), 5e-3, 1e-15);
+
+  bool changed = false;
+  EXPECT_TRUE(rv.PostStep(bench.calc, false, 0.0, changed));
+  EXPECT_TRUE(changed);
+  EXPECT_EQ(rv.pwl.Segment, 0);
+  EXPECT_TRUE(rv.PostStep(bench.calc, true, 0.0, changed));
+  EXPECT_TRUE(changed);
+  EXPECT_EQ(rv.pwl.Segment, 1);
+  EXPECT_EQ(rv.state, 0);  // the segment itself is the state
+
+  ASSERT_EQ(bench.Solve(), 0);
+  EXPECT_NEAR(bench.V(2), 10.0 * 10 / 1010, 1e-12);
+  EXPECT_TRUE(rv.PostStep(bench.calc, true, 0.0, changed));
+  EXPECT_FALSE(changed);
+}
+
+TEST(ControlledResistor, ACrossingControlStopsInTheMiddleSegment) {
+  Bench bench(VcrCircuit(-3.0));
+  ASSERT_EQ(bench.Build(), 0);
+  CElemR& rv = bench.R("RV");
+  bool changed = false;
+  ASSERT_EQ(bench.Solve(), 0);
+  rv.PostStep(bench.calc, true, 0.0, changed);
+  EXPECT_EQ(rv.pwl.Segment, -1);
+  ASSERT_EQ(bench.Solve(), 0);
+  EXPECT_NEAR(bench.V(2), 10.0 * 10 / 1010, 1e-12);
+
+  // The control jumps to +3 V: one step to the middle, the next beyond.
+  bench.calc.x[3] = 3.0;
+  rv.PostStep(bench.calc, true, 0.0, changed);
+  EXPECT_TRUE(changed);
+  EXPECT_EQ(rv.pwl.Segment, 0);
+  rv.PostStep(bench.calc, true, 0.0, changed);
+  EXPECT_EQ(rv.pwl.Segment, 1);
+}
+
+// A current-controlled resistor sensing 20 mA from a current source through
+// its control pins; 1 kOhm below 10 mA, 10 Ohm above.
+TEST(ControlledResistor, CurrentControlIsSensedInTheSecondRow) {
+  Bench bench(Source("V1", 0, 1, 10) + Resistor("RS", 1, 2, "1000") +
+              "<Cmp type=\"I_I\" id=\"94\" name=\"IC\" node0=\"0\" node1=\"3\" model=\"I\" v=\"0.02\" />" +
+              Table("R_CCR", "PWL", "RC", "node0=\"0\" node1=\"2\" node2=\"0\" node3=\"3\"", "1000,0.01,10"));
+  ASSERT_EQ(bench.Build(), 0);
+  CElemR& rc = bench.R("RC");
+  EXPECT_EQ(rc.GetExtraRows(), 2);
+  ASSERT_EQ(bench.Solve(), 0);
+  EXPECT_NEAR(bench.V(3), 0.0, 1e-15);  // the sense is a short
+  EXPECT_NEAR(bench.Row("RC", 1), 0.02, 1e-15);
+  EXPECT_NEAR(bench.V(2), 5.0, 1e-12);
+
+  bool changed = false;
+  EXPECT_TRUE(rc.PostStep(bench.calc, true, 0.0, changed));
+  EXPECT_TRUE(changed);
+  EXPECT_EQ(rc.pwl.Segment, 1);
+  ASSERT_EQ(bench.Solve(), 0);
+  EXPECT_NEAR(bench.V(2), 10.0 * 10 / 1010, 1e-12);
+  EXPECT_NEAR(bench.Row("RC"), 10.0 / 1010, 1e-12);
+}
+
+TEST(ResistorFunction, IsOneOhmWhateverTheLaplaceText) {
+  Bench bench(Source("V1", 0, 1, 2) + Resistor("R1", 1, 2, "1") +
+              "<Cmp type=\"R_R\" id=\"95\" name=\"RF\" node0=\"0\" node1=\"2\" model=\"Function\" "
+              "fs=\"1000%2bs\" />");
+  ASSERT_EQ(bench.Build(), 0);
+  ASSERT_EQ(bench.Solve(), 0);
+  EXPECT_NEAR(bench.V(2), 1.0, 1e-12);
+  EXPECT_NEAR(bench.Row("RF"), 1.0, 1e-12);
+}
+
+TEST(ResistorSubcircuit, RefusesToRunUntilSubcircuitsExist) {
+  Bench bench("<Cmp type=\"R_R\" id=\"1\" name=\"X1\" node0=\"1\" node1=\"0\" model=\"SubCir\" />");
+  SetLastError("");
+  EXPECT_FALSE(bench.R("X1").CheckParams());
+  EXPECT_EQ(LastError(), "X1 : type R_R cannot be simulated yet; ");
+  int a = 0, b = 0, row = 0;
+  double value = 0;
+  EXPECT_TRUE(bench.R("X1").GetTraceInfo(0, a, b, row, value));
+  EXPECT_FALSE(bench.R("X1").GetTraceInfo(1, a, b, row, value));
+}
+
+}  // namespace
+}  // namespace tz4

@@ -1,0 +1,370 @@
+// Independent sources in the solver: circuits read from their file
+// elements, with the value entering through the varying term. Covers the
+// constant models and a host's input value, each signal model as the
+// solver sees it (values, corners, largest steps, the derivative in the
+// state form), data files beside the circuit, a continued run, the time
+// shift of a saved state, and the parameter checks word for word.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <filesystem>
+#include <fstream>
+#include <string>
+
+#include "api/last_error.h"
+#include "devices/resistor.h"
+#include "devices/source.h"
+#include "doc/cmps.h"
+#include "doc/doc.h"
+#include "doc/xml_node.h"
+#include "solver/calc.h"
+
+namespace tz4 {
+namespace {
+
+constexpr double kPi = 3.14159265358;
+
+// Loads "Cmp" elements into a collection.
+void LoadInto(CCmps& cmps, const std::string& elements) {
+  CXmlNode root("Cmps");
+  ASSERT_EQ(root.LoadFromText("<Cmps>" + elements + "</Cmps>"), 0);
+  ASSERT_TRUE(cmps.Serialize(&root)) << LastError();
+  cmps.UpdateFormulas();
+}
+
+// A circuit in one run list; nodes 1, 2, ... keep their numbers.
+class Bench {
+ public:
+  explicit Bench(const std::string& elements, CDoc* doc = nullptr) : calc(doc) {
+    LoadInto(cmps, elements);
+    calc.step = 1e-3;
+  }
+
+  // Checks, adds, numbers and allocates; the code of AddComponents.
+  int Build() {
+    const int added = calc.AddComponents(cmps);
+    calc.MergeNodes();
+    calc.FreeSystem();
+    calc.NumberNodes();
+    EXPECT_TRUE(calc.AllocateSystem());
+    return added;
+  }
+
+  // The algebraic solve of the step from t to t + h: sources at t + h.
+  void Step(double t, double h) { ASSERT_TRUE(calc.StepAlgebraic(t, h)) << calc.error; }
+
+  CElemV& Src(const std::string& name) {
+    auto* v = dynamic_cast<CElemV*>(cmps.Find(name));
+    EXPECT_NE(v, nullptr) << name;
+    return *v;
+  }
+  double V(int node) const { return calc.V(node); }
+  double Row(const std::string& name) { return calc.V(cmps.Find(name)->firstRow); }
+  size_t RowOf(const std::string& name) { return static_cast<size_t>(cmps.Find(name)->firstRow); }
+
+  CCmps cmps;
+  CCalc calc;
+};
+
+std::string Load(int node) {
+  return "<Cmp type=\"R_R\" id=\"80\" name=\"RL\" node0=\"" + std::to_string(node) +
+         "\" node1=\"0\" model=\"R\" r=\"1000\" />";
+}
+
+// A voltage source from ground to node 1 of the model, with its "Signal"
+// attributes.
+std::string Signal(const std::string& model, const std::string& signal,
+                   const std::string& type = "V_V", const std::string& name = "V1") {
+  return "<Cmp type=\"" + type + "\" id=\"81\" name=\"" + name +
+         "\" node0=\"0\" node1=\"1\" model=\"" + model + "\" v=\"10\"><Signal " + signal +
+         " /></Cmp>";
+}
+
+TEST(SourceRun, ConstantVoltageDefaultsToTen) {
+  Bench bench("<Cmp type=\"V_V\" id=\"1\" name=\"V1\" node0=\"0\" node1=\"1\" model=\"V\" />" + Load(1));
+  ASSERT_EQ(bench.Build(), 0);
+  bench.Step(0.0, 1e-6);
+  EXPECT_NEAR(bench.V(1), 10.0, 1e-12);
+  // The current leaves the source at its second pin.
+  EXPECT_NEAR(bench.Row("V1"), 0.01, 1e-15);
+  EXPECT_EQ(bench.calc.rowMark[0], 0);
+  // The value enters through s alone: the constant term of the row is 0.
+  EXPECT_EQ(bench.calc.c[bench.RowOf("V1")], 0.0);
+  EXPECT_EQ(bench.calc.s[bench.RowOf("V1")], -10.0);
+}
+
+TEST(SourceRun, CurrentSourceDrivesItsSecondPin) {
+  Bench bench("<Cmp type=\"I_I\" id=\"1\" name=\"I1\" node0=\"0\" node1=\"1\" model=\"I\" v=\"2e-3\" />" +
+              Load(1));
+  ASSERT_EQ(bench.Build(), 0);
+  bench.Step(0.0, 1e-6);
+  EXPECT_NEAR(bench.V(1), 2.0, 1e-12);
+  EXPECT_NEAR(bench.Row("I1"), 2e-3, 1e-15);
+}
+
+TEST(SourceRun, ShortedSourceWritesNothingButKeepsItsRowMarked) {
+  Bench bench("<Cmp type=\"V_V\" id=\"1\" name=\"V1\" node0=\"1\" node1=\"1\" model=\"V\" v=\"0\" />" +
+              Load(1));
+  ASSERT_EQ(bench.Build(), 0);
+  ASSERT_TRUE(bench.calc.StampMatrices(0.0));
+  const size_t r = bench.RowOf("V1");
+  EXPECT_EQ(bench.calc.rowMark[r], 1);
+  EXPECT_EQ(bench.calc.maskA[r][0], 0);
+  EXPECT_EQ(bench.calc.maskA[1][r], 0);
+}
+
+TEST(SourceRun, HostInputChangesTheValueOnTheKeptFactorisation) {
+  CDoc doc;
+  LoadInto(doc.cmps, Signal("Pulse", "u1=\"5\"") + Load(1));
+  const int input = doc.AddInput("V1");
+  ASSERT_EQ(input, 0);
+  CElemV& v1 = dynamic_cast<CElemV&>(*doc.cmps.Find("V1"));
+  EXPECT_EQ(v1.ModelId(), MODEL_V_CONSTANT);
+
+  CCalc calc(&doc);
+  calc.step = 1e-3;
+  ASSERT_EQ(calc.AddComponents(doc.cmps), 0);
+  calc.NumberNodes();
+  ASSERT_TRUE(calc.AllocateSystem());
+  *doc.inputs[0] = 3.0;
+  calc.xPrev = calc.x;
+  calc.sPrev = calc.s;
+  ASSERT_TRUE(calc.FactorTrapezoid(0.0, 1e-4));
+  ASSERT_TRUE(calc.StepFactored(1e-4));
+  EXPECT_NEAR(calc.x[1], 3.0, 1e-12);
+  // A new value between steps reaches the solution with no new stamp.
+  *doc.inputs[0] = -2.0;
+  calc.xPrev = calc.x;
+  calc.sPrev = calc.s;
+  ASSERT_TRUE(calc.StepFactored(2e-4));
+  EXPECT_NEAR(calc.x[1], -2.0, 1e-12);
+}
+
+TEST(SourceChecks, ConstantValueMessagesUseTheSourcesLetter) {
+  Bench bench("<Cmp type=\"V_V\" id=\"1\" name=\"V1\" node0=\"0\" node1=\"1\" model=\"V\" v=\"1\" "
+              "v_str=\"%3dnothing\" />"
+              "<Cmp type=\"V_V\" id=\"2\" name=\"V2\" node0=\"0\" node1=\"1\" model=\"V\" v=\"inf\" />"
+              "<Cmp type=\"I_I\" id=\"3\" name=\"I1\" node0=\"0\" node1=\"1\" model=\"I\" v=\"1\" "
+              "v_str=\"%3dnothing\" />"
+              "<Cmp type=\"I_I\" id=\"4\" name=\"I2\" node0=\"0\" node1=\"1\" model=\"I\" v=\"-inf\" />"
+              "<Cmp type=\"I_I\" id=\"5\" name=\"I3\" node0=\"0\" node1=\"1\" model=\"I\" v=\"0\" />");
+  const struct {
+    const char* name;
+    const char* text;
+  } kCases[] = {{"V1", "V1 : V : formula error; "},
+                {"V2", "V2 : V = infinite; "},
+                {"I1", "I1 : I : formula error; "},
+                {"I2", "I2 : I = infinite; "}};
+  for (const auto& c : kCases) {
+    SetLastError("");
+    EXPECT_FALSE(bench.cmps.Find(c.name)->CheckParams()) << c.name;
+    EXPECT_EQ(LastError(), c.text);
+  }
+  SetLastError("");
+  EXPECT_TRUE(bench.cmps.Find("I3")->CheckParams());
+  EXPECT_EQ(LastError(), "");
+}
+
+TEST(SourceChecks, SignalModelsCheckTheirSignal) {
+  Bench bench(Signal("Pulse", "u1=\"inf\" r=\"-1\"", "I_I", "I1") +
+              Signal("Trace", "", "V_V", "V2") + Signal("Function", "function=\"nothing(\"", "V_V", "V3") +
+              "<Cmp type=\"V_V\" id=\"83\" name=\"X1\" node0=\"0\" node1=\"1\" model=\"SubCir\" />");
+  CCmp* pulse = bench.cmps.Find("I1");
+  CCmp* trace = bench.cmps.Find("V2");
+  CCmp* function = bench.cmps.Find("V3");
+  SetLastError("");
+  EXPECT_FALSE(pulse->CheckParams());
+  EXPECT_EQ(LastError(), "I1 : I1 = infinite; I1 : Rise < 0; ");
+  SetLastError("");
+  EXPECT_FALSE(trace->CheckParams());
+  EXPECT_EQ(LastError(), "V2 : Trace model not supported; ");
+  // A function is only read while running.
+  SetLastError("");
+  EXPECT_TRUE(function->CheckParams());
+  EXPECT_EQ(LastError(), "");
+  SetLastError("");
+  EXPECT_FALSE(bench.Src("X1").CheckParams());
+  EXPECT_EQ(LastError(), "X1 : type V_V cannot be simulated yet; ");
+}
+
+TEST(SourceSignal, PulseValuesCornersAndLargestSteps) {
+  Bench bench(Signal("Pulse", "u0=\"0\" u1=\"5\" p=\"1e-3\" w=\"5e-4\" r=\"1e-4\" f=\"1e-4\" d=\"0\"") +
+              Load(1));
+  ASSERT_EQ(bench.Build(), 0);
+  double next = 0, largest = 0;
+  bench.Step(-1e-6, 1e-6);
+  EXPECT_NEAR(bench.V(1), 0.0, 1e-12);
+  bench.calc.NextEvent(0.0, next, largest);
+  EXPECT_DOUBLE_EQ(next, 1e-4);
+  EXPECT_DOUBLE_EQ(largest, 2.5e-5);
+  bench.Step(0.0, 5e-5);
+  EXPECT_NEAR(bench.V(1), 2.5, 1e-12);
+
+  bench.calc.NextEvent(1e-4, next, largest);
+  EXPECT_DOUBLE_EQ(next, 5e-4);
+  EXPECT_DOUBLE_EQ(largest, 1.25e-4);
+  bench.Step(1e-4, 2e-4);
+  EXPECT_NEAR(bench.V(1), 5.0, 1e-12);
+
+  bench.calc.NextEvent(5e-4, next, largest);
+  EXPECT_DOUBLE_EQ(next, 6e-4);
+  bench.Step(5e-4, 2.5e-5);
+  EXPECT_NEAR(bench.V(1), 3.75, 1e-9);
+}
+
+TEST(SourceSignal, ConstantAndFunctionModelsHaveNoEvents) {
+  for (const std::string& source :
+       {std::string("<Cmp type=\"V_V\" id=\"1\" name=\"V1\" node0=\"0\" node1=\"1\" model=\"V\" />"),
+        Signal("Function", "function=\"t*1000\"")}) {
+    Bench bench(source + Load(1));
+    ASSERT_EQ(bench.Build(), 0);
+    double next = 0, largest = 0;
+    bench.calc.NextEvent(0.0, next, largest);
+    EXPECT_EQ(next, 1e99);
+    EXPECT_EQ(largest, 1e-3);
+  }
+}
+
+TEST(SourceSignal, SineDerivativeEntersOnlyTheStateForm) {
+  Bench bench(Signal("Sin", "u0=\"1\" u1=\"2\" p=\"1e-3\" d=\"0\"") + Load(1));
+  ASSERT_EQ(bench.Build(), 0);
+  const size_t r = bench.RowOf("V1");
+  ASSERT_GE(bench.calc.SolveInitial(0.0, false, true), 0);
+  EXPECT_NEAR(bench.V(1), 1.0, 1e-12);
+  EXPECT_NEAR(bench.calc.sB[r], -2.0 * 2.0 * kPi / 1e-3, 1e-6);
+
+  bench.calc.xPrev = bench.calc.x;
+  bench.calc.sPrev = bench.calc.s;
+  ASSERT_TRUE(bench.calc.StepTrapezoid(0.0, 2.5e-4));
+  EXPECT_NEAR(bench.V(1), 3.0, 1e-9);
+  EXPECT_EQ(bench.calc.sB[r], 0.0);
+}
+
+TEST(SourceSignal, PwlListFollowsItsPoints) {
+  Bench bench(Signal("PWL", "pwl=\"0,0,1e-3,5,2e-3,5\"") + Load(1));
+  ASSERT_EQ(bench.Build(), 0);
+  double next = 0, largest = 0;
+  bench.calc.NextEvent(0.0, next, largest);
+  EXPECT_DOUBLE_EQ(next, 1e-3);
+  EXPECT_DOUBLE_EQ(largest, 2.5e-4);
+  bench.Step(0.0, 4e-4);
+  EXPECT_NEAR(bench.V(1), 2.0, 1e-12);
+  bench.calc.NextEvent(1e-3, next, largest);
+  EXPECT_DOUBLE_EQ(next, 2e-3);
+  bench.Step(1e-3, 5e-4);
+  EXPECT_NEAR(bench.V(1), 5.0, 1e-12);
+}
+
+TEST(SourceSignal, FunctionSeesTimeAndTheSolution) {
+  Bench bench("<Cmp type=\"V_V\" id=\"1\" name=\"VA\" node0=\"0\" node1=\"1\" model=\"V\" v=\"5\" />"
+              "<Cmp type=\"R_R\" id=\"2\" name=\"RA\" node0=\"0\" node1=\"1\" model=\"R\" r=\"1000\" />"
+              "<Cmp type=\"V_V\" id=\"3\" name=\"VF\" node0=\"0\" node1=\"2\" model=\"Function\">"
+              "<Signal function=\"V(RA)*2%2bt*1000\" /></Cmp>"
+              "<Cmp type=\"R_R\" id=\"4\" name=\"RB\" node0=\"0\" node1=\"2\" model=\"R\" r=\"1000\" />");
+  ASSERT_EQ(bench.Build(), 0);
+  // Sources are read before the solve: the first sees the zero solution.
+  bench.Step(0.0, 1e-3);
+  EXPECT_NEAR(bench.V(2), 1.0, 1e-12);
+  bench.Step(1e-3, 1e-3);
+  EXPECT_NEAR(bench.V(2), 12.0, 1e-12);
+}
+
+TEST(SourceSignal, FunctionFailureStopsTheSolveWithTheSourcesName) {
+  Bench bench(Signal("Function", "function=\"nothing(t)\"") + Load(1));
+  ASSERT_EQ(bench.Build(), 0);
+  ASSERT_TRUE(bench.calc.StampMatrices(0.0));
+  EXPECT_FALSE(bench.calc.StampSources(0.0));
+  EXPECT_EQ(bench.calc.error.rfind("V1: ", 0), 0u) << bench.calc.error;
+  EXPECT_GT(bench.calc.error.size(), 4u);
+}
+
+class SourceFile : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    folder = std::filesystem::temp_directory_path() /
+             (std::string("tz4_source_") +
+              ::testing::UnitTest::GetInstance()->current_test_info()->name());
+    std::filesystem::create_directories(folder);
+    std::ofstream(folder / "ramp.txt") << "0 0\n1e-3 5\nheader\n2e-3 5\n";
+    doc.directory = folder.string() + "/";
+    doc.settings.zero = 1e-11;
+  }
+  void TearDown() override { std::filesystem::remove_all(folder); }
+
+  std::filesystem::path folder;
+  CDoc doc;
+};
+
+TEST_F(SourceFile, DataFileNamedAloneIsFoundBesideTheCircuit) {
+  Bench bench(Signal("File", "file=\"ramp.txt\"") + Load(1), &doc);
+  SetLastError("");
+  ASSERT_EQ(bench.Build(), 0) << LastError();
+  EXPECT_EQ(bench.Src("V1").Signal.PointCount, 3);
+  bench.Step(0.0, 6e-4);
+  EXPECT_NEAR(bench.V(1), 3.0, 1e-12);
+}
+
+TEST_F(SourceFile, MissingFileFailsTheBuildWithItsPath) {
+  Bench bench(Signal("File", "file=\"missing.txt\"") + Load(1), &doc);
+  SetLastError("");
+  EXPECT_EQ(bench.Build(), -1);
+  EXPECT_EQ(LastError(), "V1 : Can't open file \"" + doc.directory + "missing.txt\"; ");
+}
+
+TEST(SourceRestart, ContinuedRunKeepsTheSinePhaseAndAFreshRunRestartsIt) {
+  Bench bench(Signal("Sin", "u0=\"0\" u1=\"1\" p=\"1e-3\" d=\"0\"") + Load(1));
+  ASSERT_EQ(bench.Build(), 0);
+  bench.Step(0.0, 2.5e-4);
+  EXPECT_NEAR(bench.V(1), 1.0, 1e-9);
+
+  // A rebuild in the middle of the run, at the last time point.
+  bench.calc.lastTime = 2.5e-4;
+  bench.calc.ClearRunList();
+  ASSERT_EQ(bench.Build(), 0);
+  bench.Step(2.5e-4, 2.5e-4);
+  EXPECT_NEAR(bench.V(1), 0.0, 1e-9);
+  bench.Step(5e-4, 2.5e-4);
+  EXPECT_NEAR(bench.V(1), -1.0, 1e-9);
+
+  // A fresh run starts over from phase 0.
+  CElemV& v1 = bench.Src("V1");
+  v1.prevModelId = 0;
+  v1.Stamp(bench.calc, STAMP_RESET, 0.0);
+  bench.calc.ClearRunList();
+  ASSERT_EQ(bench.Build(), 0);
+  bench.Step(0.0, 2.5e-4);
+  EXPECT_NEAR(bench.V(1), 1.0, 1e-9);
+}
+
+TEST(SourceSaveIC, TimedModelsMoveTheirOriginToTheSavedPoint) {
+  Bench bench(Signal("Step", "d=\"2e-3\" d_str=\"%3d0.002\"") +
+              "<Cmp type=\"V_V\" id=\"84\" name=\"V2\" node0=\"0\" node1=\"2\" model=\"Pulse\" v=\"10\">"
+              "<Signal p=\"1e-3\" d=\"0\" /></Cmp>"
+              "<Cmp type=\"V_V\" id=\"85\" name=\"V3\" node0=\"0\" node1=\"3\" model=\"V\" v=\"1\" />" +
+              Load(1));
+  ASSERT_EQ(bench.Build(), 0);
+  bench.calc.lastTime = 2.5e-4;
+  bench.calc.SaveIC();
+  CElemV& step = bench.Src("V1");
+  EXPECT_NEAR(step.Signal.Delay.Value, 1.75e-3, 1e-15);
+  EXPECT_EQ(step.Signal.Delay.Text, "");
+  std::string text;
+  EXPECT_EQ(step.GetICText(text), "V1.Delay=1.75e-3");
+  // The pulse keeps its phase: 250 us into a 1 ms period.
+  EXPECT_NEAR(bench.Src("V2").Signal.Delay.Value, -2.5e-4, 1e-15);
+  EXPECT_EQ(bench.Src("V3").GetICText(text), "");
+}
+
+TEST(SourceSaveIC, NoShiftSettingKeepsTheOrigin) {
+  CDoc doc;
+  doc.settings.nsr = true;
+  Bench bench(Signal("Step", "d=\"2e-3\"") + Load(1), &doc);
+  ASSERT_EQ(bench.Build(), 0);
+  const double delay = bench.Src("V1").Signal.Delay.Value;
+  bench.calc.lastTime = 2.5e-4;
+  bench.calc.SaveIC();
+  EXPECT_EQ(bench.Src("V1").Signal.Delay.Value, delay);
+}
+
+}  // namespace
+}  // namespace tz4
