@@ -243,7 +243,9 @@ void StampSoft(CElemD& d, CCalc& calc) {
     SetC(calc, r1, 0.0);
     return;
   }
-  if (d.phase == 0) {
+  // Recovery needs a recovery time; without one (set to 0 during a run)
+  // the drop holds until the charge is gone.
+  if (d.phase == 0 || (d.phase == 1 && !(d.ts.Value > 0.0))) {
     calc.StampVSource(a, b, r, d.Vd.Value);
     if (calc.stampMode == 0) {
       SetA(calc, r1, r1, 1.0);

@@ -49,7 +49,14 @@ CDoc::CDoc() : calc(std::make_unique<CCalc>(this)) { cmps.document = &levels_; }
 
 // Members go in reverse order of declaration: the number lists, the solver
 // and the traces (both point into the collection), then the components.
-CDoc::~CDoc() = default;
+// Ends any run first, so that every component drops its run state while the
+// solver that points into them still exists.
+CDoc::~CDoc() {
+  try {
+    Reset();
+  } catch (...) {
+  }
+}
 
 bool CDoc::Load(const std::string& path) {
   xml = std::make_unique<CXmlNode>("TZ4");

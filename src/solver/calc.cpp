@@ -34,8 +34,8 @@ int32_t CCalc::Timeout() const { return doc ? doc->settings.timeout : 0; }
 // 2^32, so that it stays right when the clock has outgrown that width.
 double CCalc::ElapsedClock() const {
   if (!doc) return 0.0;
-  const uint32_t now = static_cast<uint32_t>(std::clock());
-  return static_cast<double>(static_cast<int32_t>(now - static_cast<uint32_t>(doc->runClock)));
+  return static_cast<double>(
+      static_cast<int32_t>(ProcessMillis() - static_cast<uint32_t>(doc->runClock)));
 }
 
 // ---- storage ----

@@ -143,7 +143,7 @@ class CCalc {
   // Without a document: zero 1e-11 and no time-out.
   double Zero() const;
   int32_t Timeout() const;
-  // Processor time since the document's runClock, in clock ticks.
+  // Processor time since the document's runClock, in milliseconds.
   double ElapsedClock() const;
 
   // ---- fields ----

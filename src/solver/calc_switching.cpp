@@ -42,7 +42,7 @@ int CCalc::Calculate(double t, double h, bool euler, bool onlySwitchedFlag) {
   for (;;) {
     const int32_t limit = Timeout();
     if (limit > 0 &&
-        ElapsedClock() > static_cast<double>(limit) * static_cast<double>(CLOCKS_PER_SEC)) {
+        ElapsedClock() > static_cast<double>(limit) * 1000.0) {
       error = "Calc IC time-out : " + (cause.empty() ? std::string("reason unknown") : cause);
       result = -99;
       break;

@@ -11,6 +11,7 @@
 #include <cmath>
 #include <cstdint>
 #include <cstdlib>
+#include <exception>
 #include <string>
 
 #include "api/last_error.h"
@@ -26,7 +27,9 @@ namespace {
 
 // Time comparisons of the driver: a and b are equal within 1e-12 of the
 // smaller magnitude.
-bool Equal(double a, double b) { return std::fabs(a - b) <= std::min(std::fabs(a), std::fabs(b)) * 1e-12; }
+bool Equal(double a, double b) {
+  return std::fabs(a - b) <= std::min(std::fabs(a), std::fabs(b)) * 1e-12;
+}
 bool EqualOrBelow(double a, double b) { return Equal(a, b) || a < b; }
 
 bool IsSubcircuit(const CCmp* component) { return component->ModelId() == MODEL_SUBCIR; }
@@ -49,7 +52,8 @@ class WiderZero {
 // that a document is never left running in a half-made step.
 class EndRunOnThrow {
  public:
-  explicit EndRunOnThrow(bool& running) : running_(running), uncaught_(std::uncaught_exceptions()) {}
+  explicit EndRunOnThrow(bool& running)
+      : running_(running), uncaught_(std::uncaught_exceptions()) {}
   ~EndRunOnThrow() {
     if (std::uncaught_exceptions() > uncaught_) running_ = false;
   }
@@ -108,6 +112,12 @@ bool CDriver::Prepare() {
   calc_.error.clear();
 
   if (flags & CHANGE_STEP) {
+    // A file may hold a step that the host could not set: without this the
+    // run would never advance.
+    if (!(doc_.settings.step > 0.0)) {
+      calc_.error = "step <= 0";
+      return false;
+    }
     calc_.step = doc_.settings.step;
     s_.hMin = doc_.settings.step;
   }
@@ -214,7 +224,7 @@ bool CDriver::EventStep() {
     }
     // No consistent state: a longer step may carry the circuit over the
     // edge; past twice the largest step every component may change.
-    if (doc_.settings.nsr || (s_.h *= 2.0) > s_.hMax * 2.0) {
+    if (doc_.settings.nsr || (s_.h *= 2.0) > s_.hMax * 2.0 || !(s_.h > 0.0)) {
       if (!s_.firstTry) {
         calc_.error = "No solution";
         ReportFailure();
@@ -249,7 +259,8 @@ void CDriver::ReportFailure() {
 }
 
 bool CDriver::Error() {
-  if (!reported_) AppendError(calc_.error.empty() ? std::string("unknown transient error") : calc_.error);
+  if (!reported_)
+    AppendError(calc_.error.empty() ? std::string("unknown transient error") : calc_.error);
   doc_.running = false;
   return false;
 }
@@ -327,8 +338,7 @@ bool CDriver::Run(double dt, int mode) {
 CDriver::Next CDriver::Turn(int mode) {
   doc_.runClock = static_cast<int32_t>(ProcessMillis());
   if (s_.samples > 0) {
-    const bool stop = mode == RUN_ONE_STEP ||
-                      !(doc_.time < doc_.targetTime - s_.hMin * 0.001) ||
+    const bool stop = mode == RUN_ONE_STEP || !(doc_.time < doc_.targetTime - s_.hMin * 0.001) ||
                       Equal(doc_.time, doc_.targetTime - s_.hMin * 0.001);
     if (stop) {
       s_.needRestart = false;
@@ -455,7 +465,7 @@ CDriver::Next CDriver::NormalStep(int mode) {
       break;
     }
     s_.h *= 0.5;
-    if (s_.h < s_.hMin) break;
+    if (s_.h < s_.hMin || !(s_.h > 0.0)) break;  // also with a smallest step of 0
     std::copy(calc.x.begin(), calc.x.end(), calc.xPrev.begin());
     std::copy(calc.s.begin(), calc.s.end(), calc.sPrev.begin());
     calc.stepStart = time;

@@ -1,7 +1,7 @@
 // Capacitors in the solver: the state form of the initial-condition search
-// with its marks, the dynamic form against the closed forms of backward
-// Euler and the trapezoid, the table types that keep their charge, the
-// initial-condition text, and the parameter check.
+// with its marks, the dynamic form against the closed form of backward
+// Euler, the table types that keep their charge, the initial-condition
+// text, and the parameter check. Whole runs are in the rectifier run tests.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -90,17 +90,6 @@ class Bench {
   void EulerSteps(double& t, double h, int n) {
     for (int k = 0; k < n; k++) {
       ASSERT_EQ(calc.Calculate(t, h, true, false), 0) << calc.error;
-      t += h;
-      calc.AcceptAll();
-    }
-  }
-
-  // n plain trapezoidal steps, accepting each.
-  void TrapezoidSteps(double& t, double h, int n) {
-    for (int k = 0; k < n; k++) {
-      calc.xPrev = calc.x;
-      calc.sPrev = calc.s;
-      ASSERT_TRUE(calc.StepTrapezoid(t, h));
       t += h;
       calc.AcceptAll();
     }
@@ -255,38 +244,6 @@ TEST(CapacitorDynamic, ChargeFollowsTheBackwardEulerRecurrence) {
     // The row is the current C dV/dt, equal to the resistor's.
     ASSERT_NEAR(bench.Current(bench.C("C1")), (10.0 - bench.X(2)) / 1000.0, 1e-12);
   }
-}
-
-TEST(CapacitorDynamic, ChargeAndDischargeByTheTrapezoidMatchTheExponential) {
-  Bench bench;
-  bench.Load(WithIC(kRC, "0"));
-  double level = 10.0;
-  bench.Source("V1", 0, 1, [&level](double) { return level; });
-  bench.Resistor("R1", 1, 2, 1000.0);
-  ASSERT_TRUE(bench.Build());
-  ASSERT_EQ(bench.Initial(), 0);
-  bench.calc.AcceptAll();
-  const double tau = 1e-3, h = 1e-5;
-  const double q = (1.0 - h / (2 * tau)) / (1.0 + h / (2 * tau));
-  double t = 0.0;
-  for (int n = 1; n <= 300; n++) {
-    bench.TrapezoidSteps(t, h, 1);
-    // The recurrence exactly, and the exponential within the rule's error,
-    // about t (h/tau)^2 / 12 relative.
-    ASSERT_NEAR(bench.X(2), 10.0 * (1.0 - std::pow(q, n)), 1e-9) << n;
-    const double bound = 10.0 * (t / tau) * (h / tau) * (h / tau) / 12.0 * 1.05;
-    ASSERT_NEAR(bench.X(2), 10.0 * (1.0 - std::exp(-t / tau)), bound) << n;
-  }
-  // Discharge from where it stands, the source at 0.
-  const double start = bench.X(2);
-  level = 0.0;
-  ASSERT_EQ(bench.Initial(t), 0);  // the capacitor stays at its voltage
-  EXPECT_NEAR(bench.X(2), start, 1e-12);
-  bench.calc.AcceptAll();
-  const double t0 = t;
-  bench.TrapezoidSteps(t, h, 200);
-  EXPECT_NEAR(bench.X(2), start * std::exp(-(t - t0) / tau),
-              start * ((t - t0) / tau) * (h / tau) * (h / tau) / 12.0 * 1.05);
 }
 
 TEST(CapacitorDynamic, InfiniteCapacitanceHoldsItsVoltage) {

@@ -174,7 +174,7 @@ TEST(CalcSwitching, TimeOutWithoutAndWithACause) {
     Circuit circuit(&doc);
     circuit.Resistor("R1", 1, 0, 1.0);
     ASSERT_TRUE(circuit.Build());
-    doc.runClock = static_cast<int32_t>(std::clock() - 5 * CLOCKS_PER_SEC);
+    doc.runClock = static_cast<int32_t>(ProcessMillis() - 5000u);
     EXPECT_EQ(circuit.calc.Calculate(0.0, 1e-3, false, false), -99);
     EXPECT_EQ(circuit.calc.error, "Calc IC time-out : reason unknown");
     EXPECT_EQ(circuit.calc.historyUsed, 0);
@@ -189,11 +189,11 @@ TEST(CalcSwitching, TimeOutWithoutAndWithACause) {
     endless.onCheck = [&endless](CCalc& calc, bool apply) {
       if (apply) ++endless.state;
       if (endless.state == 25)
-        calc.doc->runClock = static_cast<int32_t>(std::clock() - 10 * CLOCKS_PER_SEC);
+        calc.doc->runClock = static_cast<int32_t>(ProcessMillis() - 10000u);
       return true;
     };
     ASSERT_TRUE(circuit.Build());
-    doc.runClock = static_cast<int32_t>(std::clock());
+    doc.runClock = static_cast<int32_t>(ProcessMillis());
     EXPECT_EQ(circuit.calc.Calculate(0.0, 1e-3, false, false), -99);
     EXPECT_EQ(circuit.calc.error, "Calc IC time-out :  switching triggered by E1");
     EXPECT_EQ(endless.state, 25);
@@ -206,7 +206,7 @@ TEST(CalcSwitching, TimeOutWithoutAndWithACause) {
     Circuit circuit(&doc);
     circuit.Resistor("R1", 1, 0, 1.0);
     ASSERT_TRUE(circuit.Build());
-    doc.runClock = static_cast<int32_t>(std::clock() - 50 * CLOCKS_PER_SEC);
+    doc.runClock = static_cast<int32_t>(ProcessMillis() - 50000u);
     EXPECT_EQ(circuit.calc.Calculate(0.0, 1e-3, false, false), 0);
   }
 }

@@ -2,6 +2,8 @@
 // the three run modes, event landing, halving at a state change, the fixed
 // step, failures and their texts, restarts after changes in the middle of a
 // run, and the initial conditions.
+#include "solver/driver.h"
+
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -16,7 +18,6 @@
 #include "fake_cmp.h"
 #include "results/trace.h"
 #include "solver/calc.h"
-#include "solver/driver.h"
 
 namespace tz4 {
 namespace {
@@ -67,7 +68,8 @@ class Bench {
     Part& r = Add(name, {a, b});
     r.value = R;
     r.onStamp = [&r](CCalc& calc, int phase, double) {
-      if (phase == STAMP_MATRIX && calc.pass == 0) calc.StampConductance(r.pins[0], r.pins[1], r.value);
+      if (phase == STAMP_MATRIX && calc.pass == 0)
+        calc.StampConductance(r.pins[0], r.pins[1], r.value);
       return 0;
     };
     return r;
@@ -254,19 +256,6 @@ TEST(DriverRun, OneStepModeStoresOnePointAndMovesTheTarget) {
   }
 }
 
-TEST(DriverRun, PlainModeWithZeroIntervalRunsTheStartUp) {
-  Bench bench;
-  CTrace& out = bench.Divider([](double) { return 4.0; });
-  ASSERT_TRUE(bench.doc.Run(0.0, RUN_INTERVAL)) << LastError();  // starts the idle document
-  EXPECT_TRUE(bench.doc.running);
-  EXPECT_EQ(bench.doc.targetTime, 0.0);
-  ASSERT_GE(out.data.Count(), 1);
-  double t = -1, v = -1;
-  out.data.GetAt(0, &t, &v);
-  EXPECT_EQ(t, 0.0);
-  EXPECT_NEAR(v, 2.0, 1e-12);
-}
-
 // ---- events, halving and the fixed step ----
 
 TEST(DriverEvents, StepsLandOnKnownEventsAndShortStepsAreRaised) {
@@ -427,33 +416,6 @@ TEST(DriverFailure, TimeOutOfTheSolveAtTheStart) {
 
 // ---- changes in the middle of a run ----
 
-TEST(DriverChanges, AParameterChangeRebuildsAndContinuesFromThePresentTime) {
-  Bench bench;
-  CTrace& out = bench.Divider([](double) { return 3.0; });
-  Part& r2 = *static_cast<Part*>(bench.doc.cmps.Find("R2"));
-  ASSERT_TRUE(bench.doc.Start());
-  ASSERT_TRUE(bench.doc.Run(5e-3, RUN_EXACT));
-  const int inits = r2.Count(STAMP_INIT);
-  const int count = out.data.Count();
-
-  r2.value = 2000.0;
-  bench.doc.changeFlags |= CHANGE_PARAMS;
-  ASSERT_TRUE(bench.doc.Run(5e-3, RUN_EXACT)) << LastError();
-  EXPECT_EQ(r2.Count(STAMP_INIT), inits + 1);
-  EXPECT_EQ(bench.doc.changeFlags, 0u);
-  EXPECT_NEAR(bench.doc.time, 10e-3, 1e-15);
-  EXPECT_GT(out.data.Count(), count);  // nothing was cleared
-  double t = 0, v = 0;
-  ASSERT_TRUE(out.data.Get(4e-3, &v));
-  EXPECT_NEAR(v, 1.5, 1e-12);
-  out.data.GetAt(out.data.Count() - 1, &t, &v);
-  EXPECT_NEAR(t, 10e-3, 1e-15);
-  EXPECT_NEAR(v, 2.0, 1e-12);
-  // No point at 0 again: the restart is at 5 ms.
-  out.data.GetAt(1, &t, &v);
-  EXPECT_GT(t, 0.0);
-}
-
 TEST(DriverChanges, ATraceAddedInTheMiddleStartsRecordingLate) {
   Bench bench;
   bench.Divider([](double) { return 3.0; });
@@ -496,23 +458,6 @@ TEST(DriverReset, ClearsResultsAndEndsTheRun) {
   EXPECT_EQ(out.data.Count(), 0);
   EXPECT_EQ(r1.prevModelId, 0);
   EXPECT_EQ(r1.Count(STAMP_RESET), resets + 1);
-}
-
-TEST(DriverReset, DeleteOldDataKeepsThePointAtOrBeforeTheTarget) {
-  Bench bench;
-  CTrace& out = bench.Divider([](double t) { return t; });
-  bench.doc.DeleteOldData();  // nothing stored yet: nothing happens
-  EXPECT_EQ(out.data.Count(), 0);
-  ASSERT_TRUE(bench.doc.Start());
-  ASSERT_TRUE(bench.doc.Run(2.5e-3, RUN_INTERVAL));  // stops at 3.02 ms
-  bench.doc.DeleteOldData();
-  const auto s = Bench::Samples(out);
-  ASSERT_EQ(s.size(), 2u);
-  EXPECT_NEAR(s[0].t, 2.02e-3, 1e-15);
-  EXPECT_NEAR(s[1].t, 3.02e-3, 1e-15);
-  double v = 0;
-  EXPECT_TRUE(out.data.Get(2.5e-3, &v));
-  EXPECT_NEAR(v, 1.25e-3, 1e-12);
 }
 
 // ---- initial conditions ----
