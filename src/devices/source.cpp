@@ -155,11 +155,12 @@ int CElemV::Stamp(CCalc& calc, int phase, double t) {
 
   SignalEnv env;
   env.context = owner;
-  if (calc.doc != nullptr) env.folder = calc.doc->directory;
 
   switch (phase) {
     case STAMP_INIT: {
       if (!signal) return 0;
+      // Data files named without a folder are looked for beside the circuit.
+      if (calc.doc != nullptr) env.folder = calc.doc->directory;
       // A fresh run starts the signal from scratch at 0; a rebuild in the
       // middle of a run (a changed parameter) continues it from the last
       // time point that the driver handed back.
