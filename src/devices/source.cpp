@@ -9,6 +9,7 @@
 #include "expr/context.h"
 #include "expr/numtext.h"
 #include "solver/calc.h"
+#include "solver/calc_simulation.h"
 
 namespace tz4 {
 
@@ -77,30 +78,6 @@ bool IsCurrentSource(const CCmp& cmp) {
 // state, and that report their delay as the initial condition.
 bool HasTimeOrigin(int32_t model) { return IsSignalModel(model) && model != SIGNAL_FUNCTION; }
 
-// The running solver as V(), I() and P() in a source's formula see it.
-class SourceSimulation final : public CEvalSimulation {
- public:
-  explicit SourceSimulation(CCalc& calc) : calc_(calc) {}
-
-  int TraceMask(CCmp* component) override {
-    const ModelInfo* model = component != nullptr ? component->GetModel() : nullptr;
-    return model != nullptr ? model->traceMask : 0;
-  }
-  std::string ComponentName(CCmp* component) override {
-    return component != nullptr ? component->GetFullName() : std::string();
-  }
-  bool GetTraceInfo(CCmp* component, int kind, int& nodeA, int& nodeB, int& row,
-                    double& resistance) override {
-    return component->GetTraceInfo(kind, nodeA, nodeB, row, resistance);
-  }
-  double GetTraceValue(CCmp* component, int kind) override {
-    return component->GetTraceValue(calc_, kind);
-  }
-  double Solution(int index) override { return calc_.V(index); }
-
- private:
-  CCalc& calc_;
-};
 
 }  // namespace
 
@@ -197,7 +174,7 @@ int CElemV::Stamp(CCalc& calc, int phase, double t) {
       if (!signal) return 0;
       // The time derivative is the next order of the state form, which the
       // pair solve of the initial conditions reads from sB.
-      SourceSimulation simulation(calc);
+      CCalcSimulation simulation(calc);
       env.simulation = &simulation;
       env.integrating = calc.stampMode == 0;
       env.h = calc.step;

@@ -9,35 +9,11 @@
 #include "expr/evaluate.h"
 #include "expr/text.h"
 #include "solver/calc.h"
+#include "solver/calc_simulation.h"
 
 namespace tz4 {
 
 namespace {
-
-// The running simulation as the evaluator's V(), I() and P() see it.
-class CalcSimulation final : public CEvalSimulation {
- public:
-  explicit CalcSimulation(CCalc& calc) : calc_(calc) {}
-
-  int TraceMask(CCmp* component) override {
-    const ModelInfo* model = component ? component->GetModel() : nullptr;
-    return model ? model->traceMask : 0;
-  }
-  std::string ComponentName(CCmp* component) override {
-    return component ? component->GetFullName() : std::string();
-  }
-  bool GetTraceInfo(CCmp* component, int kind, int& nodeA, int& nodeB, int& row,
-                    double& resistance) override {
-    return component->GetTraceInfo(kind, nodeA, nodeB, row, resistance);
-  }
-  double GetTraceValue(CCmp* component, int kind) override {
-    return component->GetTraceValue(calc_, kind);
-  }
-  double Solution(int index) override { return calc_.V(index); }
-
- private:
-  CCalc& calc_;
-};
 
 // Element `index` of the solution; 0 outside it.
 inline double At(const std::vector<double>& x, int index) {
@@ -103,7 +79,7 @@ double CTrace::Evaluate(CCalc& calc, CCmps& components, double t) {
       }
     }
     vars[0]->Values[0] = TValue::MakeDouble(t);
-    CalcSimulation simulation(calc);
+    CCalcSimulation simulation(calc);
     return EvaluateExpression(expr, &components, &vars, &simulation, nullptr, false);
   }
 

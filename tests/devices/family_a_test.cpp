@@ -42,15 +42,23 @@ TEST(FamilyATypes, EveryTagCreatesItsClass) {
   }
 }
 
-TEST(FamilyATypes, ChecksRefuseARunUntilTheBehaviourExists) {
+TEST(FamilyATypes, OnlyInductorsStillRefuseARun) {
+  // Resistors, capacitors, sources and diodes run; inductors have no
+  // behaviour yet and must say so rather than be ignored by a run.
   for (const ElemType* type : DeviceTypesA()) {
     std::unique_ptr<CCmp> cmp = CElemSet::Instance().Create(type->tag);
     ASSERT_NE(cmp, nullptr);
     cmp->name = "X1";
     cmp->modelIndex = 0;
     SetLastError("");
-    EXPECT_FALSE(cmp->CheckParams()) << type->tag;
-    EXPECT_EQ(LastError(), std::string("X1 : type ") + type->tag + " cannot be simulated yet; ");
+    const bool ok = cmp->CheckParams();
+    const std::string refusal = std::string("X1 : type ") + type->tag + " cannot be simulated yet; ";
+    if (std::string(type->tag).rfind("L_", 0) == 0) {
+      EXPECT_FALSE(ok) << type->tag;
+      EXPECT_EQ(LastError(), refusal);
+    } else {
+      EXPECT_EQ(LastError().find("cannot be simulated yet"), std::string::npos) << type->tag << ": " << LastError();
+    }
   }
 }
 
