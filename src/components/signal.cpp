@@ -22,21 +22,36 @@ namespace {
 // π as the whole system uses it: twelve digits and no more.
 constexpr double kPi = 3.14159265358;
 
-bool IsFieldSeparator(char c) {
-  return c == ' ' || c == '\t' || c == ',' || c == ';' || c == '\r' || c == '\n';
+// The fields of a "PWL" text are its words: separated by tabs and commas,
+// while a blank stays inside a field and a comma inside parentheses belongs
+// to its function call. So a field may be a formula such as "2 * R1.R" or
+// "max(a, b)".
+void SplitSignalFields(const std::string& line, std::vector<std::string>& fields) {
+  TStringList words;
+  SplitWords(line, words);
+  fields.clear();
+  for (const std::string& word : words) fields.push_back(word);
 }
 
-// The fields of a line of points: separated by blanks, tabs, commas or
-// semicolons; runs of separators count as one.
-void SplitSignalFields(const std::string& line, std::vector<std::string>& fields) {
+// The fields of a line of a data file, as such files are written: separated
+// by blanks, tabs, commas or semicolons. Separators inside parentheses belong
+// to a function call, so "max(3, 4)" stays one field.
+void SplitDataFields(const std::string& line, std::vector<std::string>& fields) {
   fields.clear();
-  size_t i = 0;
-  while (i < line.size()) {
-    while (i < line.size() && IsFieldSeparator(line[i])) i++;
-    const size_t start = i;
-    while (i < line.size() && !IsFieldSeparator(line[i])) i++;
-    if (i > start) fields.push_back(line.substr(start, i - start));
+  std::string field;
+  int depth = 0;
+  for (const char ch : line) {
+    if (ch == '(') ++depth;
+    if (ch == ')' && depth > 0) --depth;
+    const bool separator = ch == ' ' || ch == '\t' || ch == ',' || ch == ';' || ch == '\r' || ch == '\n';
+    if (separator && depth == 0) {
+      if (!field.empty()) fields.push_back(field);
+      field.clear();
+    } else {
+      field += ch;
+    }
   }
+  if (!field.empty()) fields.push_back(field);
 }
 
 // The lines of an attachment's text, at CR, LF or CR LF.
@@ -264,7 +279,7 @@ bool ReadPoints(const TStringList& lines, const SignalEnv& env, CCmp* component,
   try {
     std::vector<std::string> fields;
     for (const std::string& line : lines) {
-      SplitSignalFields(line, fields);
+      SplitDataFields(line, fields);
       if (fields.size() < 2) continue;
       SignalPoint point;
       point.X = EvaluateSignalText(fields[0], env, nullptr);

@@ -109,9 +109,12 @@ bool CElemV::CheckParams() {
   const int32_t model = ModelId();
   const std::string letter = IsCurrentSource(*this) ? "I" : "V";
   if (model == MODEL_V_CONSTANT) {
-    if (Value.Invalid) return ComponentError(this, letter + " : formula error");
-    if (std::isinf(Value.Value)) return ComponentError(this, letter + " = infinite");
-    return true;
+    // Both checks run: a formula that failed keeps its last value, and that
+    // may be infinite as well.
+    bool ok = true;
+    if (Value.Invalid) ok = ComponentError(this, letter + " : formula error");
+    if (std::isinf(Value.Value)) ok = ComponentError(this, letter + " = infinite");
+    return ok;
   }
   if (model == MODEL_SUBCIR) return ReportNotSimulated(this);
   if (HasTimeOrigin(model)) return Signal.CheckParams(model, this, letter);

@@ -160,9 +160,10 @@ double PlainTextToDouble(const std::string& input) {
     pos++;
   }
   // One step at a time, as the stored texts were written; the loop stops
-  // early once the value can no longer change.
+  // early once the value can no longer change (0 and infinity stay as they
+  // are), so that a huge exponent costs no time.
   if (exponent < 0) {
-    for (int i = 0; i > exponent && m != 0; i--) m *= 0.1;
+    for (int i = 0; i > exponent && m != 0 && !std::isinf(m); i--) m *= 0.1;
   } else {
     for (int i = 0; i < exponent && !std::isinf(m) && m != 0; i++) m *= 10.0;
   }
@@ -279,8 +280,10 @@ void ParseNumber(const std::string& input, TValue& value, bool allowPrefix) {
       continue;
     }
     if (c == 'e' || c == 'E') {
+      // A readable exponent replaces any suffix; an unreadable one leaves
+      // the exponent as it stands.
       isDouble = true;
-      if (!ReadExponent(text, pos + 1, exponent)) exponent = 0;
+      ReadExponent(text, pos + 1, exponent);
       break;
     }
     if (!IsLetter(c)) RaiseSyntax(input);

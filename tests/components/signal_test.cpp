@@ -382,7 +382,7 @@ TEST_F(SignalTest, CyclingListRepeatsWithItsLength) {
 }
 
 TEST_F(SignalTest, EqualTimesMakeAJumpAndTheEndHolds) {
-  s_->PwlText = "0 0; 1 0; 1 5; 2 5";
+  s_->PwlText = "0,0, 1,0, 1,5, 2,5";
   ASSERT_TRUE(Start(SIGNAL_PWL, 0));
   ASSERT_EQ(s_->PointCount, 4);
   double next, step;
@@ -445,7 +445,8 @@ TEST_F(SignalTest, CycleOfLengthZeroStopsTheTable) {
 }
 
 TEST_F(SignalTest, ListFieldsAreExpressionsAndAnOddFieldIsDropped) {
-  s_->PwlText = "0, 2*3, 1m, 0.1, 7";
+  // Blanks stay inside a field, and so do commas inside parentheses.
+  s_->PwlText = "0, 2 * 3, 1m, max(0.1, 0.05), 7";
   ASSERT_TRUE(Start(SIGNAL_PWL, 0));
   ASSERT_EQ(s_->PointCount, 2);
   EXPECT_EQ(s_->Points[0].Y, 6);
@@ -485,7 +486,7 @@ TEST_F(SignalTest, DataFileBesideTheCircuit) {
   double next, step;
   Event(1.5, next, step);
   EXPECT_EQ(s_->PointIndex, 1);
-  tz4_test::WriteFile(dir.File("wave.txt"), "0 9\n");
+  tz4_test::WriteFile(dir.File("wave.txt"), "0\t9\n");
   ASSERT_TRUE(Start(SIGNAL_FILE, 1.5));
   EXPECT_EQ(s_->PointCount, 4);
   EXPECT_EQ(s_->PointIndex, 1);
@@ -495,6 +496,22 @@ TEST_F(SignalTest, DataFileBesideTheCircuit) {
   ASSERT_TRUE(Start(SIGNAL_FILE, 0));
   EXPECT_EQ(s_->PointCount, 1);
   EXPECT_EQ(At(3).value, 9);
+}
+
+TEST_F(SignalTest, DataFileFieldsSplitAtBlanksTabsCommasAndSemicolons) {
+  tz4_test::TempDir dir("signal");
+  env_.folder = dir.File("");
+  tz4_test::WriteFile(dir.File("mixed.txt"),
+                      "0 1\n1m\t2\n2m,3\n3m;4\n4m  ;  5\nlonely\n5m max(6, 7)\n6m 0\n");
+  s_->FileName = "mixed.txt";
+  ASSERT_TRUE(Start(SIGNAL_FILE, 0)) << LastError();
+  ASSERT_EQ(s_->PointCount, 7);  // the one-field line is skipped
+  EXPECT_EQ(At(0).value, 1);
+  EXPECT_EQ(At(1e-3).value, 2);
+  EXPECT_EQ(At(2e-3).value, 3);
+  EXPECT_EQ(At(3e-3).value, 4);
+  EXPECT_EQ(At(4e-3).value, 5);
+  EXPECT_EQ(s_->Points[5].Y, 7);
 }
 
 TEST_F(SignalTest, DataFileFailures) {
@@ -510,9 +527,9 @@ TEST_F(SignalTest, DataFileFailures) {
   EXPECT_EQ(LastError(), "V1 : Can't open file \"" + dir.File("missing.txt") + "\"; ");
   EXPECT_EQ(s_->ActiveModel, SIGNAL_FILE);
 
-  // Both fields of a line are expressions: a header of two words fails.
+  // Both fields of a line are expressions: a header of two fields fails.
   SetLastError("");
-  tz4_test::WriteFile(dir.File("head.txt"), "time value\n0 1\n");
+  tz4_test::WriteFile(dir.File("head.txt"), "time\tvalue\n0\t1\n");
   s_->FileName = "head.txt";
   EXPECT_FALSE(Start(SIGNAL_FILE, 0));
   EXPECT_EQ(LastError().rfind("V1 : Error: ", 0), 0u) << LastError();
@@ -531,7 +548,7 @@ TEST_F(SignalTest, DataFileFailures) {
   EXPECT_EQ(LastError(), "V1 : Attachment is empty; ");
 
   SetLastError("");
-  source_->attachment = "0 0\r\n2 4";
+  source_->attachment = "0,0\r\n2,4";
   s_->FileName.clear();
   ASSERT_TRUE(Start(SIGNAL_FILE, 0));
   EXPECT_EQ(s_->PointCount, 2);

@@ -241,7 +241,7 @@ class SourceFile : public ::testing::Test {
              (std::string("tz4_source_") +
               ::testing::UnitTest::GetInstance()->current_test_info()->name());
     std::filesystem::create_directories(folder);
-    std::ofstream(folder / "ramp.txt") << "0 0\n1e-3 5\nheader\n2e-3 5\n";
+    std::ofstream(folder / "ramp.txt") << "0\t0\n1e-3\t5\nheader\n2e-3,5\n";
     doc.directory = folder.string() + "/";
     doc.settings.zero = 1e-11;
   }
