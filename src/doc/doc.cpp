@@ -30,6 +30,22 @@ CXmlNode* EmptiedChild(CXmlNode& parent, const std::string& childName) {
   return parent.AddChild(childName);
 }
 
+// Puts the file's node numbers into the pins for as long as it lives, and
+// the numbers that stood there before back when it ends, also on a throw.
+class FileNodesInPins {
+ public:
+  explicit FileNodesInPins(CDoc& doc) : cmps_(doc.cmps), present_(doc.cmps.SaveNodes()) {
+    if (doc.fileNodes.size() == present_.size()) cmps_.RestoreNodes(doc.fileNodes.data());
+  }
+  ~FileNodesInPins() { cmps_.RestoreNodes(present_.data()); }
+  FileNodesInPins(const FileNodesInPins&) = delete;
+  FileNodesInPins& operator=(const FileNodesInPins&) = delete;
+
+ private:
+  CCmps& cmps_;
+  std::vector<int32_t> present_;
+};
+
 }  // namespace
 
 void CDocSettings::SerializeCalc(CXmlNode& calc) {
@@ -68,6 +84,7 @@ bool CDoc::Load(const std::string& path) {
     if (version->GetIntAttribute("ver", -1) > 2) return false;
   }
   if (!Serialize(xml->FindChild("Doc"))) return false;
+  fileNodes = cmps.SaveNodes();
   // Formulas may refer to one another in any order; all of them have a value
   // before the host sees the document.
   cmps.UpdateFormulas();
@@ -137,6 +154,9 @@ bool CDoc::Save(const std::string& path) {
 
   if (CXmlNode* cmpsElement = doc->FindChild("Cmps")) {
     while (cmpsElement->GetChildCount() > 0) cmpsElement->DeleteChild(0);
+    // The file keeps its own node numbers, also while a run holds the
+    // solver's numbering in the pins; that numbering is back afterwards.
+    FileNodesInPins fileNumbering(*this);
     if (!cmps.Serialize(cmpsElement)) return false;
     if (options != 0) cmpsElement->SetAttribute("Options", std::to_string(static_cast<int32_t>(options)));
   }
@@ -173,6 +193,15 @@ bool CDoc::ComponentError(const CCmp* cmp, const std::string& message) {
 
 bool CDoc::ComponentError(const CCmp* cmp, const char* message) {
   return tz4::ComponentError(cmp, std::string(message ? message : ""));
+}
+
+// ---------------------------------------------------------------- node numbers
+
+void CDoc::RestoreFileNodes() {
+  if (fileNodes.size() == cmps.SaveNodes().size())
+    cmps.RestoreNodes(fileNodes.data());
+  else
+    fileNodes = cmps.SaveNodes();
 }
 
 // ---------------------------------------------------------------- host numbers
@@ -224,8 +253,9 @@ bool HasTag(const CCmp& component, const char* tag) {
 // Puts the component into the model that takes a host's value and gives the
 // address of that value; null for a component that cannot be an input. A
 // component already in that model keeps its present value; one switched to
-// it starts from 0.
-double* InputValueOf(CCmp& component) {
+// it starts from 0, and `switched` tells so.
+double* InputValueOf(CCmp& component, bool& switched) {
+  switched = false;
   CFormula* value = nullptr;
   int modelIndex = 0;
   if (HasTag(component, "label")) {
@@ -242,6 +272,7 @@ double* InputValueOf(CCmp& component) {
     return nullptr;
   }
   if (component.modelIndex != modelIndex) {
+    switched = true;
     component.modelIndex = modelIndex;
     // The host owns the value from now on: a formula would overwrite it.
     value->Text.clear();
@@ -267,11 +298,17 @@ int CDoc::AddInput(const char* name) {
     AppendError(std::string("component ") + name + " not found");
     return -1;
   }
-  double* value = InputValueOf(*component);
+  inputs.reserve(inputs.size() + 1);  // so that the append after a model switch cannot fail
+  bool switched = false;
+  double* value = InputValueOf(*component, switched);
   if (!value) {
     AppendError(std::string("component ") + name + " cannot be an input");
     return -1;
   }
+  // A new model has other rows and nodes: a run in progress must rebuild
+  // its system before its next step instead of stamping the new model into
+  // the old one.
+  if (switched) changeFlags |= CHANGE_PARAMS;
   inputs.push_back(value);
   return static_cast<int>(inputs.size()) - 1;
 }

@@ -127,6 +127,14 @@ class CDoc {
   // changes nothing.
   void DeleteTrace(CTrace* trace);
 
+  // ---- node numbers ----
+
+  // Puts the file's node numbers back into the pins, so that a build numbers
+  // the circuit from them and not from the numbering of an earlier build.
+  // Without a record of them (a collection built in memory), the pins as
+  // they stand become the record.
+  void RestoreFileNodes();
+
   // ---- the transient run ----
   // The transient driver defines these in src/solver/, together with its
   // working fields.
@@ -153,6 +161,11 @@ class CDoc {
   std::vector<std::pair<CParam, ParamTarget>> paramRefs;
   std::vector<double*> inputs;  // input numbers: where the host's value goes
   std::vector<CCmp*> outputs;   // output numbers: the labels whose node is read
+
+  // The node numbers of the file, pin after pin in collection order, as
+  // Load read them. A build rewrites the pins with the solver's numbering;
+  // a save writes these instead, and the next build starts from them.
+  std::vector<int32_t> fileNodes;
 
   uint32_t changeFlags = 0;  // CHANGE_STEP, CHANGE_TRACES, CHANGE_PARAMS
   bool running = false;      // Start succeeded and nothing has ended the run

@@ -123,6 +123,9 @@ bool CDriver::Prepare() {
   }
 
   if (flags & CHANGE_PARAMS) {
+    // Every build numbers the file's nodes afresh: the checks see the pins
+    // as the file has them, and nothing of an earlier numbering carries over.
+    doc_.RestoreFileNodes();
     if (!doc_.cmps.CheckParams()) return false;
     calc_.ClearRunList();
     if (calc_.AddComponents(doc_.cmps) != 0) return false;
