@@ -47,6 +47,14 @@ std::string IcTextToFile(const std::string& working) {
 
 CElemCode::CElemCode(const ElemType& elemType) : CCmp(elemType) {}
 
+void CElemCode::LoadCustom() {
+  CCustomElemType& shape = CreateCustomType();
+  shape.inNames = "x1,x2,x3";
+  shape.outNames = "y1,y2,y3";
+}
+
+void CElemCode::StoreCustom() { Clocked = customType != nullptr && customType->flag; }
+
 bool CElemCode::Serialize(CXmlNode& archive, bool customFlag) {
   if (!SerializeBase(archive, customFlag)) return false;
   archive.ArchiveEncodedString("c_code", Code);

@@ -35,6 +35,14 @@ CElemDll::~CElemDll() {
   if (!TempPath.empty()) std::remove(TempPath.c_str());
 }
 
+void CElemDll::LoadCustom() {
+  CCustomElemType& shape = CreateCustomType();
+  shape.inNames = "x1,x2,x3";
+  shape.outNames = "y1,y2,y3";
+}
+
+void CElemDll::StoreCustom() { Clocked = customType != nullptr && customType->flag; }
+
 bool CElemDll::Serialize(CXmlNode& archive, bool customFlag) {
   if (!SerializeBase(archive, customFlag)) return false;
   archive.ArchiveEncodedString("dll", Dll);

@@ -34,6 +34,11 @@ class CElemDll : public CCmp {
   ~CElemDll() override;
 
   bool Serialize(CXmlNode& archive, bool customFlag) override;
+  // The block's own shape: inputs "x1,x2,x3", outputs "y1,y2,y3", no
+  // variables, no clock, unless its element says otherwise.
+  void LoadCustom() override;
+  // A block has a clock pin, its last one, when its shape says so.
+  void StoreCustom() override;
   bool CheckParams() override;
   int32_t GetExtraRows() override { return OutCount; }
 

@@ -2,13 +2,114 @@
 // common part of a component's file element.
 #include "components/cmp.h"
 
+#include <algorithm>
 #include <cstdio>
+#include <cstring>
+#include <initializer_list>
+#include <iterator>
 
 #include "api/last_error.h"
 #include "doc/xml_node.h"
 #include "expr/text.h"
 
 namespace tz4 {
+
+// ------------------------------------------------------------ CCustomElemType
+
+CCustomElemType::CCustomElemType(const ElemType& base) : elemType(base) {}
+
+namespace {
+
+bool TagIn(const ElemType& type, std::initializer_list<const char*> tags) {
+  if (type.tag == nullptr) return false;
+  for (const char* tag : tags)
+    if (std::strcmp(type.tag, tag) == 0) return true;
+  return false;
+}
+
+// A count or position that is written only when it is not 0, and read with
+// its present value as the default.
+void ArchiveNonZero(CXmlNode& archive, const std::string& attrName, int32_t& value) {
+  if (archive.storing) {
+    if (value != 0) archive.AddIntAttribute(attrName, value);
+  } else {
+    value = archive.GetIntAttribute(attrName, value);
+  }
+}
+
+// One name list: on store a child `listName` with one child `itemName` per
+// comma-separated name in its attribute "name"; on load the names of those
+// children joined by commas (none when the list is absent).
+void ArchiveNameList(CXmlNode& archive, const char* listName, const char* itemName, std::string& names) {
+  if (archive.storing) {
+    CXmlNode* list = archive.AddChild(listName);
+    if (names.empty()) return;
+    size_t start = 0;
+    for (;;) {
+      const size_t comma = names.find(',', start);
+      list->AddChild(itemName)->AddAttribute("name", names.substr(start, comma - start));
+      if (comma == std::string::npos) break;
+      start = comma + 1;
+    }
+    return;
+  }
+  names.clear();
+  CXmlNode* list = archive.FindChild(listName);
+  if (list == nullptr) return;
+  for (int i = 0; CXmlNode* item = list->FindChild("", i); i = list->searchIndex + 1) {
+    if (!names.empty() || i > 0) names += ',';
+    names += item->GetAttribute("name", "");
+  }
+}
+
+}  // namespace
+
+bool CCustomElemType::HasNameLists() const { return TagIn(elemType, {"X_C", "X_TZ4", "Y_FUNCTION", "F_CUSTOM"}); }
+
+bool CCustomElemType::HasDots() const { return TagIn(elemType, {"L_CUSTOM", "W_CUSTOM"}); }
+
+void CCustomElemType::Serialize(CXmlNode& archive) {
+  archive.ArchiveInt("w", width);
+  archive.ArchiveInt("h", height);
+  if (!archive.storing) {
+    // Counts and positions that the element leaves out are 0, since 0 is
+    // what a store leaves out.
+    leftCount = bottom = rightCount = top = 0;
+    std::fill(std::begin(left), std::end(left), 0);
+    std::fill(std::begin(right), std::end(right), 0);
+  }
+  char attrName[8];
+  ArchiveNonZero(archive, "l", leftCount);
+  for (int k = 0; k < 7; k++) {
+    std::snprintf(attrName, sizeof attrName, "l%d", k + 1);
+    ArchiveNonZero(archive, attrName, left[k]);
+  }
+  archive.ArchiveInt("b", bottom);
+  ArchiveNonZero(archive, "r", rightCount);
+  for (int k = 0; k < 7; k++) {
+    std::snprintf(attrName, sizeof attrName, "r%d", k + 1);
+    ArchiveNonZero(archive, attrName, right[k]);
+  }
+  archive.ArchiveInt("t", top);
+  if (HasDots()) {
+    archive.ArchiveInt("ldot", leftDots);
+    archive.ArchiveInt("rdot", rightDots);
+  }
+  if (HasNameLists()) {
+    ArchiveNameList(archive, "Ins", "In", inNames);
+    ArchiveNameList(archive, "Outs", "Out", outNames);
+    ArchiveNameList(archive, "Vars", "Var", varNames);
+  }
+  archive.ArchiveBool("d", flag);
+  // The older form of the names is not read, only kept for the host.
+  if (archive.storing) {
+    if (!olderNames.empty()) archive.AddAttribute("n", olderNames);
+  } else {
+    olderNames = archive.GetAttribute("n", "");
+  }
+}
+
+// ------------------------------------------------------------------- CCmp
 
 CCmp::CCmp(const ElemType& elemType) : type(&elemType), models(elemType.models) {
   SetPinCount(static_cast<int>(elemType.pinCount));
@@ -83,6 +184,14 @@ bool CCmp::GetTraceInfo(int /*kind*/, int& nodeA, int& nodeB, int& row, double& 
 
 bool CCmp::Serialize(CXmlNode& archive, bool customFlag) { return SerializeBase(archive, customFlag); }
 
+CCustomElemType& CCmp::CreateCustomType() {
+  auto shape = std::make_shared<CCustomElemType>(*type);
+  shape->elemType.models = models;
+  customType = std::move(shape);
+  type = &customType->elemType;
+  return *customType;
+}
+
 namespace {
 
 // A child element kept as inline XML text, and written back from it.
@@ -95,6 +204,49 @@ void KeepChild(CXmlNode& archive, const std::string& childName, std::string& kep
   }
   CXmlNode* child = archive.FindChild(childName);
   if (child != nullptr) kept = child->WriteInline();
+}
+
+// The "SubCir" child: kept as it was read; a subcircuit that had none is
+// given an empty one, with a label for each pin.
+void SerializeSubCircuit(CCmp& cmp, CXmlNode& archive, int32_t modelId) {
+  if (!archive.storing || !cmp.keptSubCirXml.empty() || modelId != MODEL_SUBCIR) {
+    KeepChild(archive, "SubCir", cmp.keptSubCirXml);
+    return;
+  }
+  CXmlNode* child = archive.AddChild("SubCir");
+  child->AddAttribute("file", "");
+  char attrName[32];
+  for (int k = 1; k <= cmp.pinCount; k++) {
+    std::snprintf(attrName, sizeof attrName, "label%d", k);
+    child->AddAttribute(attrName, "");
+  }
+  child->AddAttribute("cmd", "");
+  child->AddAttribute("ic", "");
+}
+
+// The "Custom" child: the component's shape when its class has one, else the
+// element as it was read.
+void SerializeCustom(CCmp& cmp, CXmlNode& archive) {
+  if (archive.storing) {
+    if (cmp.customType != nullptr) {
+      cmp.customType->Serialize(*archive.AddChild("Custom"));
+    } else if (!cmp.keptCustomXml.empty()) {
+      CXmlNode* child = archive.AddChild("");
+      if (child->ParseElement(cmp.keptCustomXml, 0) == std::string::npos)
+        archive.DeleteChild(archive.GetChildCount() - 1);
+    }
+    return;
+  }
+  CXmlNode* child = archive.FindChild("Custom");
+  if (child == nullptr) return;
+  cmp.LoadCustom();
+  if (cmp.customType == nullptr) {
+    cmp.keptCustomXml = child->WriteInline();
+    return;
+  }
+  cmp.keptCustomXml.clear();
+  cmp.customType->Serialize(*child);
+  cmp.StoreCustom();
 }
 
 // The number of consecutive "node%d" attributes from "node0" on.
@@ -137,16 +289,15 @@ bool CCmp::SerializeBase(CXmlNode& archive, bool customFlag) {
   const bool storing = archive.storing;
   if (!customFlag) {
     if (storing && type != nullptr && type->tag != nullptr) archive.AddAttribute("type", type->tag);
-    KeepChild(archive, "Custom", keptCustomXml);
+    // A type with pins per instance has the pins that its element lists, so
+    // that none is lost; its shape is read with the pin count known.
+    if (!storing && type != nullptr && type->pinCount == 0) SetPinCount(CountNodeAttributes(archive));
+    SerializeCustom(*this, archive);
     archive.ArchiveInt("id", id);
     archive.ArchiveEncodedString("name", name);
     archive.ArchiveEncodedString("file_name", fileName);
     archive.ArchiveInt("view", view);
     if (!storing || !group.empty()) archive.ArchiveEncodedString("group", group);
-    // A type whose pins come from its custom shape, while that shape is not
-    // read, takes the pins that the element lists, so that none is lost.
-    if (!storing && pinCount <= 0 && type != nullptr && type->pinCount == 0)
-      SetPinCount(CountNodeAttributes(archive));
     char attrName[32];
     for (size_t i = 0; i < pins.size(); i++) {
       std::snprintf(attrName, sizeof attrName, "node%zu", i);
@@ -180,7 +331,7 @@ bool CCmp::SerializeBase(CXmlNode& archive, bool customFlag) {
   }
 
   const int32_t modelId = ModelId();
-  KeepChild(archive, "SubCir", keptSubCirXml);
+  SerializeSubCircuit(*this, archive, modelId);
 
   if (!storing || modelId == MODEL_TABLE || pwl.Changed) {
     archive.ArchiveString("pwl", pwl.Text);

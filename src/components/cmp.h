@@ -17,7 +17,6 @@ class CCalc;
 class CCmps;
 class CXmlNode;
 class CSubCir;
-class CCustomElemType;
 
 enum StampPhase : int {
   STAMP_INIT = 1,
@@ -34,6 +33,48 @@ enum StampPhase : int {
 enum : int32_t {
   MODEL_SUBCIR = 7,
   MODEL_TABLE = 8,
+};
+
+// The shape of a component whose pins come from its file: how many pins
+// stand on each side of its symbol and where, and what its inputs, outputs
+// and variables are called. One object per component, archived in the child
+// element "Custom". It carries its own copy of the type record, so that the
+// component still looks like one of an ordinary type.
+class CCustomElemType {
+ public:
+  // Width and height 1, every other number 0, every text empty; the record
+  // is a copy of `base`.
+  explicit CCustomElemType(const ElemType& base);
+  virtual ~CCustomElemType() = default;
+
+  // Both directions of the "Custom" element: "w", "h"; "l" and "l1".."l7"
+  // (written only when not 0); "b"; "r" and "r1".."r7" (the same); "t";
+  // "ldot", "rdot" on the custom windings; the child lists "Ins", "Outs",
+  // "Vars" on the types that name their pins; "d"; and, when the element had
+  // it, the older form of the names "n", kept as it was read. Loading sets
+  // every count and position to 0 first.
+  void Serialize(CXmlNode& archive);
+  // Whether the element of this type carries the three name lists.
+  bool HasNameLists() const;
+  // Whether the element of this type carries the polarity masks.
+  bool HasDots() const;
+
+  int32_t width = 1;         // "w"
+  int32_t height = 1;        // "h"
+  int32_t leftCount = 0;     // "l": pins on the left side
+  int32_t left[7] = {};      // "l1".."l7": position of each left pin
+  int32_t bottom = 0;        // "b": pins on the bottom side
+  int32_t rightCount = 0;    // "r": pins on the right side
+  int32_t right[7] = {};     // "r1".."r7": position of each right pin
+  int32_t top = 0;           // "t": pins on the top side
+  int32_t leftDots = 0;      // "ldot": bit k reverses winding k
+  int32_t rightDots = 0;     // "rdot"
+  std::string inNames;       // child "Ins": input names, comma-separated
+  std::string outNames;      // child "Outs"
+  std::string varNames;      // child "Vars"
+  bool flag = false;         // "d": the block has a clock pin
+  std::string olderNames;    // "n": an older form of the names, kept only
+  ElemType elemType;         // tag and models of the component's type
 };
 
 class CCmp {
@@ -74,6 +115,10 @@ class CCmp {
     changed = false;
     return true;
   }
+  // Bracket the reading of a "Custom" element: LoadCustom of a class with a
+  // shape creates `customType` with the class's defaults; StoreCustom then
+  // derives what the component takes from its shape. A class that creates
+  // no shape has its element kept as it was read.
   virtual void LoadCustom() {}
   virtual void StoreCustom() {}
 
@@ -91,6 +136,9 @@ class CCmp {
   bool FindParam(const std::string& paramName, CParam& out);
   // Index of the parameter in the bound table, -1 when not found.
   int FindParamIndex(const std::string& paramName);
+  // Gives the component a shape of its own (a fresh CCustomElemType made
+  // from its type) and points `type` at the record inside it.
+  CCustomElemType& CreateCustomType();
   // The common part of a component element: "type", "Custom", "id", "name",
   // "file_name", "view", "group", "node0".. (these with customFlag false),
   // then "model", "SubCir", "pwl"/"pwlf"/"pwlm" and "Attachment". On load an
@@ -100,7 +148,7 @@ class CCmp {
   // --- fields ---
   int32_t id = 0;
   const ElemType* type = nullptr;
-  // Held through shared_ptr so that this header needs no complete type; the
+  // Null unless the component's class gave it a shape (LoadCustom); the
   // component is its only owner.
   std::shared_ptr<CCustomElemType> customType;
   std::string name;
@@ -123,8 +171,9 @@ class CCmp {
   int32_t pinCount = -1;
   std::vector<int32_t> pins;
   int32_t firstRow = 0;
-  // The "SubCir" and "Custom" children as read, written back unchanged on
-  // store until subcircuit parts and custom types read them themselves.
+  // The "SubCir" child as read, written back unchanged on store until
+  // subcircuit parts read it themselves; and a "Custom" child of a class
+  // that has no shape of its own, kept the same way.
   std::string keptSubCirXml;
   std::string keptCustomXml;
 };

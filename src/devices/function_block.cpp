@@ -5,6 +5,7 @@
 
 #include "doc/xml_node.h"
 #include "expr/numtext.h"
+#include "expr/text.h"
 
 namespace tz4 {
 
@@ -158,6 +159,37 @@ CElemF::CElemF(const ElemType& elemType) : CCmp(elemType), Format{0, kFormatName
     Variables.Add("x", VT_DOUBLE);
     Variables.Add("y", VT_DOUBLE);
   }
+}
+
+void CElemF::LoadCustom() {
+  const bool function = HasTag(*this, "F_CUSTOM");
+  const bool logic = IsLogicFunction();
+  if (!function && !logic && !IsBus()) return;
+  CCustomElemType& shape = CreateCustomType();
+  shape.width = 2;
+  shape.height = 3;
+  shape.leftCount = 7;
+  if (function) {
+    shape.inNames = "x1,x2,x3";
+    Func = "x1";
+  } else if (logic) {
+    shape.inNames = "b1,b2,b3";
+    Func = "b1";
+  } else {
+    shape.inNames = "2,1,0";  // the bits, most significant first
+  }
+}
+
+void CElemF::StoreCustom() {
+  if (customType == nullptr) return;
+  Clocked = customType->flag ? 1 : 0;
+  // The bus weighs its inputs by position; it reads no names.
+  if (IsBus()) return;
+  Variables.Clear();
+  Variables.Add("t", VT_DOUBLE);
+  TStringList names;
+  names.SetCommaText(customType->inNames);
+  for (int i = 0; i < names.Count(); i++) Variables.Add(TrimSpaces(names[i]), VT_DOUBLE);
 }
 
 bool CElemF::IsLogicFunction() const { return HasTag(*this, "Y_FUNCTION"); }

@@ -45,6 +45,12 @@ class CElemF : public CCmp {
   std::string& GetICText(std::string& out) override;
   bool CheckParams() override;
   bool GetTraceInfo(int kind, int& nodeA, int& nodeB, int& row, double& value) override;
+  // F_CUSTOM, Y_FUNCTION and Y_BUS take a shape 2 wide, 3 high, with 7 pins
+  // on the left, and their default input names and formula.
+  void LoadCustom() override;
+  // A custom block evaluates its formula with "t" and its input names, and
+  // has a clock pin when its shape says so.
+  void StoreCustom() override;
 
   bool IsLogicFunction() const;  // Y_FUNCTION
   bool IsBus() const;            // Y_BUS

@@ -124,6 +124,15 @@ void CElemL::SetWindingCount(int count) {
   customCurrent.assign(static_cast<size_t>(count), 0.0);
 }
 
+void CElemL::LoadCustom() {
+  if (!IsTag(*this, "L_CUSTOM")) return;
+  CCustomElemType& shape = CreateCustomType();
+  shape.width = 1;
+  shape.height = 2;
+  shape.leftCount = 3;
+  shape.rightCount = 3;
+}
+
 void CElemL::StoreCustom() {
   if (IsTag(*this, "L_CUSTOM")) SetWindingCount(pinCount > 0 ? pinCount / 2 : 0);
 }
@@ -132,23 +141,25 @@ bool CElemL::Serialize(CXmlNode& archive, bool customFlag) {
   if (!SerializeBase(archive, customFlag)) return false;
   const bool custom = IsTag(*this, "L_CUSTOM");
   if (custom && !archive.storing) StoreCustom();
+  // Initial currents are texts, percent-encoded like every other text of
+  // a component, so that any text a host sets comes back as it was.
   if (IsTag(*this, "L_VCL") || IsTag(*this, "L_CCL")) {
-    archive.ArchiveString("ic", ICText);
+    archive.ArchiveEncodedString("ic", ICText);
   } else if (IsTag(*this, "L_L") || (custom && windingCount == 1)) {
     archive.ArchiveValue("l", L);
-    archive.ArchiveString("ic", ICText);
+    archive.ArchiveEncodedString("ic", ICText);
     archive.ArchiveEncodedString("fs", Zs);
   } else if (IsTag(*this, "L_CL")) {
     archive.ArchiveValue("l", L);
     archive.ArchiveValue("l2", L2);
     archive.ArchiveValue("k", K);
-    archive.ArchiveString("ic", ICText);
-    archive.ArchiveString("ic2", IC2Text);
+    archive.ArchiveEncodedString("ic", ICText);
+    archive.ArchiveEncodedString("ic2", IC2Text);
   } else if (custom) {
     for (const CustomParam& item : customParams)
       if (item.Kind == PK_VALUE) archive.ArchiveValue(item.Name, customValues[static_cast<size_t>(item.Index)]);
     for (const CustomParam& item : customParams)
-      if (item.Kind == PK_IC) archive.ArchiveString(item.Name, customIC[static_cast<size_t>(item.Index)]);
+      if (item.Kind == PK_IC) archive.ArchiveEncodedString(item.Name, customIC[static_cast<size_t>(item.Index)]);
   }
   return true;
 }

@@ -21,6 +21,9 @@ class CElemL : public CCmp {
   CParamTable BindParams() override;
   int32_t GetExtraRows() override;
   bool GetTraceInfo(int kind, int& nodeA, int& nodeB, int& row, double& value) override;
+  // "L_CUSTOM" takes a shape of three windings on the left and three on
+  // the right.
+  void LoadCustom() override;
   // The windings of "L_CUSTOM" follow its pins: one for each pair.
   void StoreCustom() override;
 

@@ -116,6 +116,14 @@ bool CElemLog::Serialize(CXmlNode& archive, bool customFlag) {
   return true;
 }
 
+void CElemLog::LoadCustom() {
+  if (!TagIs(*this, "Y_CUSTOM")) return;
+  CCustomElemType& shape = CreateCustomType();
+  shape.width = 2;
+  shape.height = 3;
+  shape.leftCount = 7;
+}
+
 std::string& CElemLog::GetICText(std::string& out) {
   out = GetFullName() + ".IC=" + (Ic == 1 ? "high" : "low");
   return out;

@@ -20,6 +20,8 @@ class CElemLog : public CCmp {
   bool CheckParams() override;
   int IsMatrixPin(int pin) override;
   bool GetTraceInfo(int kind, int& nodeA, int& nodeB, int& row, double& value) override;
+  // Y_CUSTOM takes a shape 2 wide, 3 high, with 7 pins on the left.
+  void LoadCustom() override;
 
   // Index of the pin that a trace reads: Q on the flip-flops, the output of
   // the trigger, the last pin of a gate; -1 when there is none.

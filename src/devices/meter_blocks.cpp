@@ -173,6 +173,19 @@ CElemX::CElemX(const ElemType& elemType) : CCmp(elemType) {}
 // "SubCir" part that the base archives.
 bool CElemX::Serialize(CXmlNode& archive, bool customFlag) { return SerializeBase(archive, customFlag); }
 
+void CElemX::LoadCustom() {
+  const bool circuit = HasTag(*this, "X_TZ4");
+  if (!circuit && !HasTag(*this, "X_CUSTOM")) return;
+  CCustomElemType& shape = CreateCustomType();
+  if (!circuit) return;
+  shape.width = 2;
+  shape.height = 3;
+  shape.leftCount = 7;
+  shape.rightCount = 7;
+  shape.inNames = "x1,x2,x3";
+  shape.outNames = "y1,y2,y3";
+}
+
 bool CElemX::GetTraceInfo(int /*kind*/, int& nodeA, int& nodeB, int& row, double& value) {
   nodeA = -1;
   nodeB = -1;

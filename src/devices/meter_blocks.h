@@ -68,6 +68,9 @@ class CElemX : public CCmp {
 
   bool Serialize(CXmlNode& archive, bool customFlag) override;
   bool GetTraceInfo(int kind, int& nodeA, int& nodeB, int& row, double& value) override;
+  // X_CUSTOM and X_TZ4 take a shape of their own; X_TZ4's is 2 wide, 3 high,
+  // with 7 pins on each side, inputs "x1,x2,x3" and outputs "y1,y2,y3".
+  void LoadCustom() override;
 };
 
 extern const ElemType kTypeA_A;

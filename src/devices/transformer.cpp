@@ -74,8 +74,23 @@ void CElemW::SetWindingCount(int32_t count) {
   for (int32_t k = 0; k < count; k++) CustomNames.push_back("n" + std::to_string(k + 1));
 }
 
+void CElemW::LoadCustom() {
+  if (!IsCustom()) return;
+  CCustomElemType& shape = CreateCustomType();
+  shape.width = 1;
+  shape.height = 2;
+  shape.leftCount = 3;
+  shape.rightCount = 3;
+}
+
+void CElemW::StoreCustom() {
+  if (IsCustom()) SetWindingCount(pinCount > 0 ? pinCount / 2 : 0);
+}
+
 bool CElemW::Serialize(CXmlNode& archive, bool customFlag) {
   if (!SerializeBase(archive, customFlag)) return false;
+  // The windings follow the pins, also when the element has no shape.
+  if (!archive.storing) StoreCustom();
   archive.ArchiveValue("w", N1);
   archive.ArchiveValue("w1", N2);
   if (IsCustom()) {

@@ -24,6 +24,11 @@ class CElemW : public CCmp {
   bool CheckParams() override;
   CParamTable BindParams() override;
   int32_t GetExtraRows() override;
+  // W_CUSTOM takes a shape of three windings on the left and three on the
+  // right.
+  void LoadCustom() override;
+  // W_CUSTOM has one winding for each pair of its pins.
+  void StoreCustom() override;
 
   bool IsCustom() const;  // W_CUSTOM
   // Sets the number of windings of W_CUSTOM. When the count changes, the

@@ -30,7 +30,7 @@ const char* const kMeterCircuit =
     "node2=\"9\" model=\"SubCir\"><SubCir file=\"filter.tz4\" label1=\"IN\" label2=\"GND\" "
     "label3=\"OUT\" cmd=\"R1.R%3d2k\" ic=\"\" /></Cmp>"
     "<Cmp type=\"X_B2\" id=\"7\" name=\"X2\" file_name=\"\" view=\"0\" node0=\"9\" node1=\"0\" "
-    "model=\"SubCir\"><Attachment><TZ4><Doc><Cmps><Cmp type=\"R_R\" name=\"R1\" /></Cmps></Doc></TZ4>"
+    "model=\"SubCir\"><SubCir file=\"\" label1=\"\" label2=\"\" cmd=\"\" ic=\"\" /><Attachment><TZ4><Doc><Cmps><Cmp type=\"R_R\" name=\"R1\" /></Cmps></Doc></TZ4>"
     "</Attachment></Cmp>"
     "</Cmps>";
 

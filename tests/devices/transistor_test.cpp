@@ -122,7 +122,8 @@ TEST(TransistorFile, CircuitRoundTrip) {
       "ic=\"-1.5e-3\" s_ic=\"1\" vsat=\"200e-3\" be_ic=\"1\" bc_ic=\"0\" />"
       "<Cmp type=\"T_TNPN\" id=\"5\" name=\"Q3\" file_name=\"\" view=\"0\" node0=\"2\" node1=\"0\" "
       "node2=\"3\" model=\"SubCir\" k=\"1\" f1=\"inf\" vbe=\"700e-3\" ic=\"\" s_ic=\"0\" vsat=\"0\" "
-      "be_ic=\"0\" bc_ic=\"0\" />"
+      "be_ic=\"0\" bc_ic=\"0\">"
+      "<SubCir file=\"\" label1=\"\" label2=\"\" label3=\"\" cmd=\"\" ic=\"\" /></Cmp>"
       "</Cmps>");
 }
 
