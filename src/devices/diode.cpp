@@ -276,9 +276,7 @@ void SaveState(CElemD& d) {
   if (IsTag(d, "D_BR")) {
     d.IC = d.state;
   } else if (IsThyristor(d)) {
-    // A released latch blocks: the thyristor starts off whatever its clamp
-    // says.
-    d.IC = d.phase != THYRISTOR_BLOCKED && d.state != 0 ? 1 : 0;
+    d.IC = d.state != 0 ? 1 : 0;  // a blocked thyristor is off
   } else if (IsTag(d, "D_D")) {
     d.IC = d.state != 0 ? 1 : 0;
   } else {
@@ -542,8 +540,14 @@ bool CElemD::CheckSwitching(CCalc& calc, bool apply) {
     if (phase != THYRISTOR_LATCHED) return clamp;
     // Latched: the clamp's own answer is dropped; the latch lets go when
     // the current falls to the holding current or the voltage reverses.
+    // A released thyristor blocks, and its state says so: the switching
+    // loop knows a change only by the states, and would take an unchanged
+    // vector for a repeat.
     if (calc.V(r) <= Ihold.Value || calc.V(b) - calc.V(a) < 0.0) {
-      if (apply) phase = THYRISTOR_BLOCKED;
+      if (apply) {
+        phase = THYRISTOR_BLOCKED;
+        state = 0;
+      }
       return true;
     }
     return false;
@@ -583,10 +587,13 @@ bool CElemD::PostStep(CCalc& calc, bool apply, double /*time*/, bool& changed) {
       u = calc.V(Pin(*this, 2)) - calc.thr;
     if (phase == THYRISTOR_GATED) {
       // The gate lets go: the thyristor stays latched if enough current
-      // flows.
+      // flows, and blocks, off, if not.
       if (u <= 0.0) {
         changed = true;
-        if (apply) phase = calc.V(r) > Ihold.Value ? THYRISTOR_LATCHED : THYRISTOR_BLOCKED;
+        if (apply) {
+          phase = calc.V(r) > Ihold.Value ? THYRISTOR_LATCHED : THYRISTOR_BLOCKED;
+          if (phase == THYRISTOR_BLOCKED) state = 0;
+        }
       }
     } else if (u > 0.0) {
       changed = true;

@@ -111,8 +111,11 @@ class CCalc {
   int Solve();
   // Factorises A, carrying B and c along; keeps rowMark.
   int Factor();
-  // The pair solve of the initial conditions; 0, 1 (infinite unknowns) or 99
-  // (neighbours newly marked to be forced).
+  // The pair solve of the initial conditions: the impulses that the known
+  // values of reactive elements force (column 0 of A), the values after them
+  // (x) and the next order (column 0 of B). An unknown with an impulse is
+  // marked 1, one that no impulse can satisfy 255. 0 when nothing is marked,
+  // 1 when something is, 99 when `mark` newly marked neighbours to be forced.
   int SolveIC(bool mark);
   // matrix(to, .) -= f * matrix(from, .) over the mask of row `from`.
   void RowSubtract(std::vector<double*>& matrix, std::vector<uint8_t*>& mask, int from, int to,

@@ -149,10 +149,9 @@ TEST_F(RectifierRun, ChargedCapacitorDischargesFromItsInitialCondition) {
 TEST_F(RectifierRun, ChargedCapacitorAcrossASourceTakesTheSourceVoltage) {
   // 3 V stored against a 10 V source: the first search finds an impulse of
   // current in the capacitor's row, the capacitor takes the source's voltage
-  // from that solution, and the run starts from there. The source's name
-  // puts it before the capacitor in collection order, so that its row comes
-  // first and the impulse shows in the capacitor's row.
-  Open(Element("V_V", "A1", "V", {0, 1}, "v=\"10\"") +
+  // from that solution, and the run starts from there. "V1" sorts after
+  // "C1", so the capacitor's row comes first.
+  Open(Element("V_V", "V1", "V", {0, 1}, "v=\"10\"") +
            Element("C_C", "C1", "C", {0, 1}, "c=\"1e-6\" ic=\"3\"") +
            Element("R_R", "R1", "R", {1, 0}, "r=\"1000\""),
        1e-5);

@@ -175,27 +175,33 @@ TEST(CapacitorStateForm, IgnoredValueIsOpenAndForcedEmptyValueIsZero) {
 TEST(CapacitorStateForm, MarkedRowTakesItsVoltageFromTheSolution) {
   // A capacitor with 3 V across a 10 V source: its current would be
   // infinite. The pair solve marks its row, and the adjustment takes the
-  // source's voltage as the capacitor's, after which the search settles.
-  Bench bench;
-  bench.Load(
-      "<Cmp type=\"C_C\" id=\"1\" name=\"C1\" node0=\"0\" node1=\"1\" model=\"C\" c=\"1e-6\" "
-      "ic=\"3\" />");
-  bench.Source("A1", 0, 1, 10.0);  // sorted before C1: its row comes first
-  bench.cmps.Sort();
-  ASSERT_TRUE(bench.Build());
-  CElemC& c = bench.C("C1");
-  ASSERT_LT(bench.cmps.Find("A1")->firstRow, c.firstRow);
-  EXPECT_NE(bench.calc.SolveInitial(0.0, true, false), 0);
-  EXPECT_EQ(bench.calc.error, "Infinity at node 3 : C1");
-  EXPECT_NE(bench.calc.rowMark[static_cast<size_t>(c.firstRow)], 0);
-  EXPECT_EQ(bench.calc.AdjustIC(), 1);
-  EXPECT_TRUE(c.HasValue);
-  EXPECT_NEAR(c.Voltage, 10.0, 1e-12);
-  bench.calc.error.clear();
-  EXPECT_EQ(bench.calc.SolveInitial(0.0, true, false), 0) << bench.calc.error;
-  EXPECT_NEAR(bench.X(1), 10.0, 1e-12);
-  // Nothing is marked any more, so nothing changes.
-  EXPECT_EQ(bench.calc.AdjustIC(), 0);
+  // source's voltage as the capacitor's, after which the search settles;
+  // with the source's row before the capacitor's ("A1") or after it ("V1").
+  for (const std::string source : {"A1", "V1"}) {
+    SCOPED_TRACE(source);
+    Bench bench;
+    bench.Load(
+        "<Cmp type=\"C_C\" id=\"1\" name=\"C1\" node0=\"0\" node1=\"1\" model=\"C\" c=\"1e-6\" "
+        "ic=\"3\" />");
+    bench.Source(source, 0, 1, 10.0);
+    bench.cmps.Sort();
+    ASSERT_TRUE(bench.Build());
+    CElemC& c = bench.C("C1");
+    EXPECT_EQ(bench.cmps.Find(source)->firstRow < c.firstRow, source == "A1");
+    EXPECT_EQ(bench.calc.SolveInitial(0.0, true, false), 99);
+    EXPECT_EQ(bench.calc.error, std::string("Infinity at node 3 : ") + (source == "A1" ? "C1" : source));
+    EXPECT_NE(bench.calc.rowMark[static_cast<size_t>(c.firstRow)], 0);
+    EXPECT_TRUE(c.forceIC);  // a neighbour of the source, and known already
+    EXPECT_EQ(bench.calc.AdjustIC(), 1);
+    EXPECT_TRUE(c.HasValue);
+    EXPECT_NEAR(c.Voltage, 10.0, 1e-12);
+    bench.calc.error.clear();
+    EXPECT_EQ(bench.calc.SolveInitial(0.0, true, false), 0) << bench.calc.error;
+    EXPECT_NEAR(bench.X(1), 10.0, 1e-12);
+    EXPECT_EQ(bench.Current(c), 0.0);
+    // Nothing is marked any more, so nothing changes.
+    EXPECT_EQ(bench.calc.AdjustIC(), 0);
+  }
 }
 
 TEST(CapacitorStateForm, UnreadableInitialConditionStopsTheBuild) {

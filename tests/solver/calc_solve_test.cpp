@@ -30,6 +30,13 @@ int SolveNow(CCalc& calc) {
 }
 
 // A component that writes a dense block of A and c on rows of its own.
+FakeCmp& Named(Circuit& circuit, const std::string& name) {
+  for (auto& part : circuit.parts)
+    if (part->name == name) return *part;
+  ADD_FAILURE() << "no component " << name;
+  return *circuit.parts.front();
+}
+
 FakeCmp& Block(Circuit& circuit, std::vector<std::vector<double>> a, std::vector<double> c) {
   FakeCmp& block = circuit.Add("M", {}, static_cast<int32_t>(c.size()));
   block.onStamp = [&block, a, c](CCalc& calc, int phase, double) {
@@ -355,30 +362,51 @@ TEST(CalcSolve, InitialConditionsTakeTheCapacitorValueAndItsCurrent) {
 }
 
 TEST(CalcSolve, ChargedCapacitorAgainstAVoltageSourceIsAnImpulse) {
-  auto make = [](Circuit& circuit) {
-    circuit.Capacitor("C1", 0, 1, 1e-6, 1.0);
-    circuit.Source("V1", 0, 1, 2.0);
-    circuit.Resistor("R1", 1, 2, 10.0);
-    circuit.Resistor("R2", 2, 0, 10.0);
-  };
-  {
-    Circuit circuit;
-    make(circuit);
-    ASSERT_TRUE(circuit.Build());
-    EXPECT_EQ(circuit.calc.SolveInitial(0.0, false, false), 1);
-    EXPECT_EQ(circuit.calc.error.rfind("Infinity at node ", 0), 0u) << circuit.calc.error;
-    for (const auto& part : circuit.parts) EXPECT_FALSE(part->forceIC);
-  }
-  {
-    Circuit circuit;
-    make(circuit);
-    ASSERT_TRUE(circuit.Build());
-    EXPECT_EQ(circuit.calc.SolveInitial(0.0, true, false), 99);
-    EXPECT_EQ(circuit.calc.error, "Infinity at node 4 : V1");
-    EXPECT_TRUE(circuit.parts[0]->forceIC);   // C1 shares node 1 with V1
-    EXPECT_TRUE(circuit.parts[2]->forceIC);   // so does R1
-    EXPECT_FALSE(circuit.parts[3]->forceIC);  // R2 does not
-    EXPECT_FALSE(circuit.parts[1]->forceIC);  // the one named is not its own neighbour
+  // 1 V stored against a 2 V source: the node takes the source's voltage at
+  // once, so both the capacitor's current and the source's carry an impulse
+  // of C * 1 V, whichever of the two has the lower row.
+  for (bool capacitorFirst : {true, false}) {
+    SCOPED_TRACE(capacitorFirst ? "capacitor first" : "source first");
+    auto make = [capacitorFirst](Circuit& circuit) {
+      if (capacitorFirst) circuit.Capacitor("C1", 0, 1, 1e-6, 1.0);
+      circuit.Source("V1", 0, 1, 2.0);
+      if (!capacitorFirst) circuit.Capacitor("C1", 0, 1, 1e-6, 1.0);
+      circuit.Resistor("R1", 1, 2, 10.0);
+      circuit.Resistor("R2", 2, 0, 10.0);
+    };
+    {
+      Circuit circuit;
+      make(circuit);
+      ASSERT_TRUE(circuit.Build());
+      CCalc& calc = circuit.calc;
+      const size_t rc = static_cast<size_t>(Named(circuit, "C1").firstRow);
+      const size_t rv = static_cast<size_t>(Named(circuit, "V1").firstRow);
+      EXPECT_EQ(calc.SolveInitial(0.0, false, false), 1);
+      EXPECT_EQ(calc.error, std::string("Infinity at node 4 : ") + (capacitorFirst ? "V1" : "C1"));
+      EXPECT_EQ(calc.rowMark[rc], 1);
+      EXPECT_EQ(calc.rowMark[rv], 1);
+      EXPECT_EQ(calc.rowMark[1], 0);
+      EXPECT_NEAR(calc.A[rc][0], 1e-6, 1e-18);   // the charge that moves
+      EXPECT_NEAR(calc.A[rv][0], -1e-6, 1e-18);  // comes through the source
+      EXPECT_NEAR(calc.x[1], 2.0, 1e-12);        // the value after the impulse
+      EXPECT_NEAR(calc.x[2], 1.0, 1e-12);
+      // After the step the source feeds the divider; a constant source
+      // leaves the capacitor's current at 0.
+      EXPECT_EQ(calc.x[rc], 0.0);
+      EXPECT_NEAR(calc.x[rv], -0.1, 1e-15);
+      for (const auto& part : circuit.parts) EXPECT_FALSE(part->forceIC);
+    }
+    {
+      Circuit circuit;
+      make(circuit);
+      ASSERT_TRUE(circuit.Build());
+      EXPECT_EQ(circuit.calc.SolveInitial(0.0, true, false), 99);
+      // Each of the two named marks the components on its nodes.
+      EXPECT_TRUE(Named(circuit, "C1").forceIC);
+      EXPECT_TRUE(Named(circuit, "V1").forceIC);
+      EXPECT_TRUE(Named(circuit, "R1").forceIC);
+      EXPECT_FALSE(Named(circuit, "R2").forceIC);  // not on node 1
+    }
   }
 }
 
