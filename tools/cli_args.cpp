@@ -13,9 +13,9 @@ namespace tz4::cli {
 
 namespace {
 
-const OptionSpec* FindSpec(const std::vector<OptionSpec>& specs, const std::string& name) {
-  for (const OptionSpec& spec : specs) {
-    if (spec.name == name) return &spec;
+const OptionInfo* FindOption(const std::vector<OptionInfo>& options, const std::string& name) {
+  for (const OptionInfo& request : options) {
+    if (request.name == name) return &request;
   }
   return nullptr;
 }
@@ -40,7 +40,7 @@ std::vector<std::string> ParsedArgs::Values(const std::string& name) const {
   return it == options.end() ? std::vector<std::string>{} : it->second;
 }
 
-ParsedArgs ParseArgs(const std::vector<std::string>& words, const std::vector<OptionSpec>& specs) {
+ParsedArgs ParseArgs(const std::vector<std::string>& words, const std::vector<OptionInfo>& options) {
   ParsedArgs result;
   bool onlyPositionals = false;
   for (size_t i = 0; i < words.size(); ++i) {
@@ -69,9 +69,9 @@ ParsedArgs ParseArgs(const std::vector<std::string>& words, const std::vector<Op
     } else {
       throw UsageError("unknown option " + word);
     }
-    const OptionSpec* spec = FindSpec(specs, name);
-    if (spec == nullptr) throw UsageError("unknown option --" + name);
-    if (!spec->takesValue) {
+    const OptionInfo* request = FindOption(options, name);
+    if (request == nullptr) throw UsageError("unknown option --" + name);
+    if (!request->takesValue) {
       if (hasInlineValue) throw UsageError("option --" + name + " takes no value");
       value.clear();
     } else if (!hasInlineValue) {
@@ -79,7 +79,7 @@ ParsedArgs ParseArgs(const std::vector<std::string>& words, const std::vector<Op
       value = words[++i];
     }
     auto& values = result.options[name];
-    if (!values.empty() && !spec->repeatable) throw UsageError("option --" + name + " given twice");
+    if (!values.empty() && !request->repeatable) throw UsageError("option --" + name + " given twice");
     values.push_back(value);
   }
   return result;

@@ -11,7 +11,7 @@
 
 namespace tz4::cli {
 
-struct OptionSpec {
+struct OptionInfo {
   std::string name;         // without the leading "--"
   bool takesValue = false;  // false: a flag such as "--help"
   bool repeatable = false;  // may be given more than once ("--set", "--trace")
@@ -29,7 +29,7 @@ class ParsedArgs {
   std::map<std::string, std::vector<std::string>> options;
 };
 
-ParsedArgs ParseArgs(const std::vector<std::string>& words, const std::vector<OptionSpec>& specs);
+ParsedArgs ParseArgs(const std::vector<std::string>& words, const std::vector<OptionInfo>& options);
 
 // "R1.R=2k2" split at the first "=": the path is trimmed and must not be
 // empty; the value is kept as written (it may be empty or start with "=",

@@ -17,7 +17,7 @@
 #include "tools/progress.h"
 #include "tools/series.h"
 #include "tools/svg_plot.h"
-#include "tools/trace_spec.h"
+#include "tools/trace_request.h"
 #include "tz4.h"
 
 namespace tz4::cli {
@@ -93,14 +93,14 @@ int AddRequestedTrace(OpenCircuit& circuit, const TraceRequest& request, std::st
   return -1;
 }
 
-std::vector<RecordedTrace> ChooseTraces(OpenCircuit& circuit, const std::vector<std::string>& specs) {
+std::vector<RecordedTrace> ChooseTraces(OpenCircuit& circuit, const std::vector<std::string>& options) {
   std::vector<RecordedTrace> traces;
-  for (const std::string& spec : specs) {
+  for (const std::string& request : options) {
     RecordedTrace trace{-1, ""};
-    trace.handle = AddRequestedTrace(circuit, ParseTraceSpec(spec), trace.name);
+    trace.handle = AddRequestedTrace(circuit, ParseTraceRequest(request), trace.name);
     traces.push_back(trace);
   }
-  if (!specs.empty()) return traces;
+  if (!options.empty()) return traces;
   // The file's own traces: the exports find them by name only.
   const CTraces& stored = circuit.Document().traces;
   std::vector<std::string> names;
@@ -133,7 +133,7 @@ Series Fetch(int doc, const RecordedTrace& trace) {
 // own; everything else shares one without unit.
 Quantity QuantityOf(const std::string& traceName) {
   if (traceName.find_first_not_of(" \t") == std::string::npos) return {};
-  switch (ParseTraceSpec(traceName).kind) {
+  switch (ParseTraceRequest(traceName).kind) {
     case TraceKind::kVoltage: return {"voltage", "V"};
     case TraceKind::kCurrent: return {"current", "A"};
     case TraceKind::kPower: return {"power", "W"};
@@ -181,7 +181,7 @@ int RunCommand(const std::vector<std::string>& args, std::ostream& out, std::ost
   const int timeout = hasTimeout ? ParseCount("timeout", parsed.Value("timeout")) : 0;
   std::vector<Assignment> assignments;
   for (const std::string& text : parsed.Values("set")) assignments.push_back(ParseAssignment(text));
-  for (const std::string& spec : parsed.Values("trace")) ParseTraceSpec(spec);  // usage errors first
+  for (const std::string& request : parsed.Values("trace")) ParseTraceRequest(request);  // usage errors first
   std::string csvPath = parsed.Value("csv");
   const std::string plotPath = parsed.Value("plot");
   if (parsed.Has("csv") && csvPath.empty()) throw UsageError("option --csv needs a file name or -");

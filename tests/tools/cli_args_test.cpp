@@ -9,7 +9,7 @@
 namespace tz4::cli {
 namespace {
 
-const std::vector<OptionSpec> kSpecs = {
+const std::vector<OptionInfo> kOptions = {
     {"help"}, {"time", true}, {"set", true, true}, {"csv", true}, {"quiet"}};
 
 int UsageCode(const std::function<void()>& f) {
@@ -23,7 +23,7 @@ int UsageCode(const std::function<void()>& f) {
 
 TEST(CliArgs, SeparateAndInlineValuesRepeatsAndPositionals) {
   const ParsedArgs a = ParseArgs({"a.tz4", "--time", "5m", "--set=R1.R=2k", "--set", "C1.C=1u", "-", "--quiet"},
-                                 kSpecs);
+                                 kOptions);
   EXPECT_EQ(a.positionals, (std::vector<std::string>{"a.tz4", "-"}));
   EXPECT_EQ(a.Value("time"), "5m");
   EXPECT_EQ(a.Values("set"), (std::vector<std::string>{"R1.R=2k", "C1.C=1u"}));
@@ -33,20 +33,20 @@ TEST(CliArgs, SeparateAndInlineValuesRepeatsAndPositionals) {
 }
 
 TEST(CliArgs, DoubleDashEndsOptionsAndDashHIsHelp) {
-  const ParsedArgs a = ParseArgs({"-h", "--", "--time", "x"}, kSpecs);
+  const ParsedArgs a = ParseArgs({"-h", "--", "--time", "x"}, kOptions);
   EXPECT_TRUE(a.Has("help"));
   EXPECT_FALSE(a.Has("time"));
   EXPECT_EQ(a.positionals, (std::vector<std::string>{"--time", "x"}));
 }
 
 TEST(CliArgs, MistakesAreUsageErrors) {
-  EXPECT_EQ(UsageCode([] { ParseArgs({"--bogus"}, kSpecs); }), kExitUsage);
-  EXPECT_EQ(UsageCode([] { ParseArgs({"-x"}, kSpecs); }), kExitUsage);
-  EXPECT_EQ(UsageCode([] { ParseArgs({"--time"}, kSpecs); }), kExitUsage);
-  EXPECT_EQ(UsageCode([] { ParseArgs({"--time", "1", "--time", "2"}, kSpecs); }), kExitUsage);
-  EXPECT_EQ(UsageCode([] { ParseArgs({"--quiet=yes"}, kSpecs); }), kExitUsage);
+  EXPECT_EQ(UsageCode([] { ParseArgs({"--bogus"}, kOptions); }), kExitUsage);
+  EXPECT_EQ(UsageCode([] { ParseArgs({"-x"}, kOptions); }), kExitUsage);
+  EXPECT_EQ(UsageCode([] { ParseArgs({"--time"}, kOptions); }), kExitUsage);
+  EXPECT_EQ(UsageCode([] { ParseArgs({"--time", "1", "--time", "2"}, kOptions); }), kExitUsage);
+  EXPECT_EQ(UsageCode([] { ParseArgs({"--quiet=yes"}, kOptions); }), kExitUsage);
   try {
-    ParseArgs({"--time"}, kSpecs);
+    ParseArgs({"--time"}, kOptions);
   } catch (const CliError& e) {
     EXPECT_STREQ(e.what(), "option --time needs a value");
   }

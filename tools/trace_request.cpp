@@ -1,4 +1,4 @@
-#include "tools/trace_spec.h"
+#include "tools/trace_request.h"
 
 #include <cctype>
 #include <string_view>
@@ -28,13 +28,13 @@ bool IsPlainName(const std::string& text) {
   return true;
 }
 
-TraceRequest ParseTraceSpec(const std::string& text) {
-  const std::string spec = Trim(text);
-  if (spec.empty()) throw UsageError("empty trace");
-  if (spec.size() > 3 && spec[1] == '(' && spec.back() == ')') {
-    const std::string inner = Trim(spec.substr(2, spec.size() - 3));
+TraceRequest ParseTraceRequest(const std::string& text) {
+  const std::string request = Trim(text);
+  if (request.empty()) throw UsageError("empty trace");
+  if (request.size() > 3 && request[1] == '(' && request.back() == ')') {
+    const std::string inner = Trim(request.substr(2, request.size() - 3));
     if (IsPlainName(inner)) {
-      switch (std::toupper(static_cast<unsigned char>(spec[0]))) {
+      switch (std::toupper(static_cast<unsigned char>(request[0]))) {
         case 'V': return {TraceKind::kVoltage, inner};
         case 'I': return {TraceKind::kCurrent, inner};
         case 'P': return {TraceKind::kPower, inner};
@@ -42,8 +42,8 @@ TraceRequest ParseTraceSpec(const std::string& text) {
       }
     }
   }
-  if (IsPlainName(spec)) return {TraceKind::kName, spec};
-  return {TraceKind::kFunction, spec};
+  if (IsPlainName(request)) return {TraceKind::kName, request};
+  return {TraceKind::kFunction, request};
 }
 
 }  // namespace tz4::cli

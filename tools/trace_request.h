@@ -21,7 +21,7 @@ struct TraceRequest {
 };
 
 // Raises a usage CliError for an empty text.
-TraceRequest ParseTraceSpec(const std::string& text);
+TraceRequest ParseTraceRequest(const std::string& text);
 
 // A plain component or variable name: no blanks, dots, parentheses,
 // operators or quotes, and not beginning with a digit.
