@@ -27,6 +27,31 @@ int Finish(int result) {
   return result;
 }
 
+// TZ4_GetInput and TZ4_GetOutput: the name is checked before the document
+// is looked up, then the document hands out the next number.
+int AddByName(const char* prefix, int ncir, const char* name, const char* emptyMessage,
+              int (CDoc::*add)(const char*)) {
+  try {
+    SetLastError(prefix);
+    if (!name) {
+      AppendError("NULL pointer");
+      return -1;
+    }
+    if (!*name) {
+      AppendError(emptyMessage);
+      return -1;
+    }
+    CDoc* doc = FindDocument(ncir);
+    if (!doc) return -1;
+    const int number = (doc->*add)(name);
+    if (number < 0) return -1;
+    SetLastError("OK");
+    return number;
+  } catch (...) {
+    return ReportCurrentException();
+  }
+}
+
 }  // namespace
 
 extern "C" {
@@ -186,25 +211,7 @@ int TZ4_SetParamText(int ncir, int npar, const char* text) {
 }
 
 int TZ4_GetInput(int ncir, const char* name) {
-  try {
-    SetLastError("TZ4_GetInput: ");
-    if (!name) {
-      AppendError("NULL pointer");
-      return -1;
-    }
-    if (!*name) {
-      AppendError("no input name");
-      return -1;
-    }
-    CDoc* doc = FindDocument(ncir);
-    if (!doc) return -1;
-    const int number = doc->AddInput(name);
-    if (number < 0) return -1;
-    SetLastError("OK");
-    return number;
-  } catch (...) {
-    return ReportCurrentException();
-  }
+  return AddByName("TZ4_GetInput: ", ncir, name, "no input name", &CDoc::AddInput);
 }
 
 int TZ4_SetInputValue(int ncir, int nin, double v) {
@@ -226,25 +233,7 @@ int TZ4_SetInputValue(int ncir, int nin, double v) {
 }
 
 int TZ4_GetOutput(int ncir, const char* name) {
-  try {
-    SetLastError("TZ4_GetOutput: ");
-    if (!name) {
-      AppendError("NULL pointer");
-      return -1;
-    }
-    if (!*name) {
-      AppendError("no label name");
-      return -1;
-    }
-    CDoc* doc = FindDocument(ncir);
-    if (!doc) return -1;
-    const int number = doc->AddOutput(name);
-    if (number < 0) return -1;
-    SetLastError("OK");
-    return number;
-  } catch (...) {
-    return ReportCurrentException();
-  }
+  return AddByName("TZ4_GetOutput: ", ncir, name, "no label name", &CDoc::AddOutput);
 }
 
 int TZ4_GetOutputValue(int ncir, int nout, double* v) {
