@@ -14,29 +14,11 @@
 #include <sstream>
 #include <string>
 
-#include "../doc/temp_files.h"
-#include "tz4.h"
-
-using tz4_test::ReadFile;
-using tz4_test::TempDir;
-using tz4_test::WriteFile;
+#include "circuit_run.h"
 
 namespace {
 
-std::string Error() { return TZ4_GetError(); }
-
-// A circuit file around the given components; `doc` holds extra attributes
-// of "Doc" and `traces` the children of "Traces".
-std::string CircuitFile(const std::string& components, const std::string& traces = "",
-                        const std::string& doc = "") {
-  return "<?xml version=\"1.0\"?>\n<TZ4>\n  <Version ver=\"2\" />\n  <Doc" + doc +
-         ">\n"
-         "    <Calc zero=\"1e-11\" kmin=\"0.01\" nsr=\"false\" os=\"false\" low=\"0\" high=\"5\" "
-         "thr=\"2.5\" timeout=\"0\" />\n"
-         "    <Tran>\n      <Settings step=\"1e-4\" />\n      <Traces>\n" +
-         traces + "      </Traces>\n    </Tran>\n    <Cmps>\n" + components +
-         "    </Cmps>\n  </Doc>\n</TZ4>\n";
-}
+using namespace tz4_test;
 
 // 10 V into a divider of 1 k and 3 k on nodes numbered as a drawing program
 // numbers them: sparse and not in order. OUT names the middle node, LONE a
@@ -48,33 +30,17 @@ const std::string kSparseDivider =
     "      <Cmp type=\"label\" id=\"4\" name=\"OUT\" node0=\"17\" model=\"Label\" />\n"
     "      <Cmp type=\"label\" id=\"5\" name=\"LONE\" node0=\"99\" model=\"Label\" />\n";
 
-class Conformance : public testing::Test {
+class Conformance : public CircuitRun {
  protected:
-  void TearDown() override {
-    if (h >= 0) TZ4_Close(h);
-  }
-
-  void Open(const std::string& text, const std::string& file = "circuit.tz4") {
-    if (h >= 0) TZ4_Close(h);
-    path = dir.File(file);
-    WriteFile(path, text);
-    h = TZ4_Open(path.c_str());
-    ASSERT_GE(h, 0) << Error();
-  }
-
   double Output(int number) {
     double v = -99.0;
     EXPECT_EQ(TZ4_GetOutputValue(h, number, &v), 0) << Error();
     return v;
   }
-
-  TempDir dir{"conformance"};
-  std::string path;
-  int h = -1;
 };
 
 TEST_F(Conformance, SaveAfterARunWritesTheNodeNumbersOfTheFile) {
-  Open(CircuitFile(kSparseDivider));
+  Open(kSparseDivider);
   const int out = TZ4_GetOutput(h, "OUT");
   const int lone = TZ4_GetOutput(h, "LONE");
   ASSERT_GE(lone, 0) << Error();
@@ -121,7 +87,7 @@ TEST_F(Conformance, SaveAfterARunWritesTheNodeNumbersOfTheFile) {
 }
 
 TEST_F(Conformance, SaveAfterAFailedRunWritesTheNodeNumbersOfTheFile) {
-  Open(CircuitFile(kSparseDivider));
+  Open(kSparseDivider);
   ASSERT_EQ(TZ4_Simulate(h, 1e-3), 0) << Error();
   const int bad = TZ4_AddFuncTrace(h, "nosuchname*2");
   ASSERT_GE(bad, 0) << Error();
@@ -134,7 +100,7 @@ TEST_F(Conformance, SaveAfterAFailedRunWritesTheNodeNumbersOfTheFile) {
 // own name and "no circuit", unless an argument check of its own comes
 // first; nothing is written through the pointers it was given.
 TEST_F(Conformance, EveryExportReportsAnUnknownDocumentInItsOwnWords) {
-  Open(CircuitFile(kSparseDivider));
+  Open(kSparseDivider);
   const int closed = TZ4_Open(path.c_str());
   ASSERT_GE(closed, 0) << Error();
   ASSERT_EQ(TZ4_Close(closed), 0);
@@ -208,7 +174,7 @@ TEST_F(Conformance, EveryExportReportsAnUnknownDocumentInItsOwnWords) {
 }
 
 TEST_F(Conformance, NumbersAndIndicesOutOfEveryRangeAreRefused) {
-  Open(CircuitFile(kSparseDivider));
+  Open(kSparseDivider);
   const int trace = TZ4_AddVTrace(h, "R2");
   ASSERT_GE(trace, 0) << Error();
   ASSERT_EQ(TZ4_GetParam(h, "R1.R"), 0) << Error();
@@ -273,7 +239,7 @@ TEST_F(Conformance, RunFailuresAreToldOnceAndTheDocumentRecovers) {
   const std::string pot =
       "      <Cmp type=\"R_Pot\" id=\"6\" name=\"P1\" node0=\"40\" node1=\"0\" node2=\"17\" "
       "model=\"Potentiometer\" r=\"5000\" p=\"0.5\" />\n";
-  Open(CircuitFile(kSparseDivider + pot));
+  Open(kSparseDivider + pot);
   const int out = TZ4_GetOutput(h, "OUT");
   ASSERT_EQ(TZ4_Simulate(h, 1e-3), 0) << Error();
 
@@ -324,7 +290,7 @@ TEST_F(Conformance, RunFailuresAreToldOnceAndTheDocumentRecovers) {
 // model: the run must take up that model, not go on with the old system as
 // if nothing had changed.
 TEST_F(Conformance, AnInputTakenDuringARunIsTakenUpByTheRun) {
-  Open(CircuitFile(kSparseDivider));
+  Open(kSparseDivider);
   const int trace = TZ4_AddVTrace(h, "R2");
   ASSERT_GE(trace, 0) << Error();
   ASSERT_EQ(TZ4_SimulateInterval(h, 1e-3), 0) << Error();
@@ -344,7 +310,7 @@ TEST_F(Conformance, AnInputTakenDuringARunIsTakenUpByTheRun) {
   }
 
   // A source that is switched keeps working in its new model.
-  Open(CircuitFile(kSparseDivider));
+  Open(kSparseDivider);
   const int trace2 = TZ4_AddVTrace(h, "R2");
   ASSERT_EQ(TZ4_SimulateInterval(h, 1e-3), 0) << Error();
   const int source = TZ4_GetInput(h, "V1");  // already in its input model: value kept
@@ -369,7 +335,7 @@ TEST_F(Conformance, SavedSamplesAreTheSamplesTheHostReads) {
       "ph=\"0\" />\n      </Cmp>\n"
       "      <Cmp type=\"R_R\" id=\"2\" name=\"R1\" node0=\"40\" node1=\"17\" model=\"R\" r=\"1000\" />\n"
       "      <Cmp type=\"R_R\" id=\"3\" name=\"R2\" node0=\"0\" node1=\"17\" model=\"R\" r=\"3000\" />\n";
-  Open(CircuitFile(pulse, "        <Trace type=\"0\" id=\"3\" tracename=\"V(R2)\" expr=\"V(R2)\" />\n",
+  OpenText(CircuitFile(pulse, 1e-4, "        <Trace type=\"0\" id=\"3\" tracename=\"V(R2)\" expr=\"V(R2)\" />\n",
                    " save=\"2\""));
   const int file = TZ4_GetTrace(h, "V(R2)");
   const int added = TZ4_AddITrace(h, "R1");
@@ -410,7 +376,7 @@ TEST_F(Conformance, SavedSamplesAreTheSamplesTheHostReads) {
 
 TEST(ConformanceLibrary, ExportsExactlyTheFortyFunctions) {
   const std::string library = std::string(TZ4_BINARY_DIR) + "/libtz4.so";
-  if (!tz4_test::FileExists(library)) GTEST_SKIP() << "no shared library at " << library;
+  if (!FileExists(library)) GTEST_SKIP() << "no shared library at " << library;
   const std::string command = "nm -D --defined-only '" + library + "' 2>/dev/null";
   FILE* pipe = popen(command.c_str(), "r");
   ASSERT_NE(pipe, nullptr);

@@ -4,35 +4,14 @@
 // names of the components and hence their order; a contradiction that no
 // jump can resolve; and a latched thyristor that lets go at the start next
 // to a charged capacitor, which keeps its charge.
-#include <gtest/gtest.h>
-
 #include <cmath>
 #include <string>
-#include <vector>
 
-#include "../doc/temp_files.h"
-#include "tz4.h"
+#include "circuit_run.h"
 
 namespace {
 
-std::string Error() { return TZ4_GetError(); }
-
-std::string CircuitFile(const std::string& components) {
-  return "<?xml version=\"1.0\"?>\n<TZ4>\n  <Version ver=\"2\" />\n  <Doc>\n"
-         "    <Calc zero=\"1e-11\" kmin=\"0.01\" nsr=\"false\" os=\"false\" low=\"0\" high=\"5\" "
-         "thr=\"2.5\" timeout=\"0\" />\n"
-         "    <Tran>\n      <Settings step=\"1e-5\" />\n    </Tran>\n    <Cmps>\n" +
-         components + "    </Cmps>\n  </Doc>\n</TZ4>\n";
-}
-
-std::string Element(const std::string& tag, const std::string& name, const std::string& model,
-                    std::vector<int> nodes, const std::string& attributes) {
-  static int id = 0;
-  std::string text = "<Cmp type=\"" + tag + "\" id=\"" + std::to_string(++id) + "\" name=\"" + name + "\"";
-  for (size_t i = 0; i < nodes.size(); i++)
-    text += " node" + std::to_string(i) + "=\"" + std::to_string(nodes[i]) + "\"";
-  return text + " model=\"" + model + "\" " + attributes + " />\n";
-}
+using namespace tz4_test;
 
 std::string Capacitor(const std::string& name, int a, int b, const std::string& c, const std::string& ic) {
   return Element("C_C", name, "C", {a, b}, "c=\"" + c + "\" ic=\"" + ic + "\"");
@@ -44,54 +23,9 @@ std::string Resistor(const std::string& name, int a, int b, const std::string& r
   return Element("R_R", name, "R", {a, b}, "r=\"" + r + "\"");
 }
 
-struct Sample {
-  double t, v;
-};
-
-class IcSearch : public testing::Test {
+class IcSearch : public CircuitRun {
  protected:
-  void Open(const std::string& components) {
-    if (h >= 0) TZ4_Close(h);
-    const std::string path = dir.File("circuit.tz4");
-    tz4_test::WriteFile(path, CircuitFile(components));
-    h = TZ4_Open(path.c_str());
-    ASSERT_GE(h, 0) << Error();
-  }
-  void TearDown() override {
-    if (h >= 0) TZ4_Close(h);
-  }
-
-  int Trace(const std::string& name, bool current = false) {
-    const int trace = current ? TZ4_AddITrace(h, name.c_str()) : TZ4_AddVTrace(h, name.c_str());
-    EXPECT_GE(trace, 0) << Error();
-    return trace;
-  }
-  std::vector<Sample> Samples(int trace) {
-    std::vector<Sample> out;
-    const int count = TZ4_GetDataSize(h, trace);
-    for (int i = 0; i < count; i++) {
-      Sample s{};
-      EXPECT_EQ(TZ4_GetDataAt(h, trace, i, &s.t, &s.v), 0) << Error();
-      out.push_back(s);
-    }
-    return out;
-  }
-  // The point stored at t = 0.
-  double AtStart(int trace) {
-    Sample s{-1.0, 0.0};
-    EXPECT_EQ(TZ4_GetDataAt(h, trace, 0, &s.t, &s.v), 0) << Error();
-    EXPECT_EQ(s.t, 0.0);
-    return s.v;
-  }
-  std::string SavedIC(const std::string& name) {
-    EXPECT_EQ(TZ4_SaveIC(h), 0) << Error();
-    char text[64] = {};
-    EXPECT_GT(TZ4_GetText(h, (name + ".IC").c_str(), text, sizeof text), 0) << Error();
-    return text;
-  }
-
-  tz4_test::TempDir dir{"ic_search"};
-  int h = -1;
+  void Open(const std::string& components) { CircuitRun::Open(components, 1e-5); }
 };
 
 // ------------------------------------------------- a capacitor and a source
@@ -120,7 +54,7 @@ TEST_F(IcSearch, ChargedCapacitorAcrossASourceTakesItsVoltageWhateverTheNames) {
         for (const Sample& s : Samples(ic)) ASSERT_NEAR(s.v, 0.0, 1e-9) << s.t;
         // The source feeds the load from the first point on.
         EXPECT_NEAR(AtStart(iv), 10.0 / std::stod(load), 1e-9);
-        EXPECT_EQ(SavedIC("C1"), "10");
+        EXPECT_EQ(SavedIC("C1.IC"), "10");
       }
     }
   }
@@ -210,7 +144,7 @@ TEST_F(IcSearch, ThyristorReleasedAtTheStartLeavesItsNeighboursTheirCharge) {
   EXPECT_NEAR(AtStart(vt), 1.25, 1e-12);
   EXPECT_EQ(AtStart(it), 0.0);
   for (const Sample& s : Samples(it)) ASSERT_EQ(s.v, 0.0) << s.t;
-  EXPECT_EQ(SavedIC("T1"), "Off");
+  EXPECT_EQ(SavedIC("T1.IC"), "Off");
 }
 
 }  // namespace

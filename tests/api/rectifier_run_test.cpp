@@ -1,93 +1,26 @@
 // Capacitors, diodes and thyristors run through the C interface from real
 // circuit files, checked against closed forms: RC charge and discharge,
 // half-wave and bridge rectifiers with a smoothing capacitor (conduction
-// interval and ripple), a zener clamp, a thyristor fired by a gate pulse
-// and released at its holding current, and the initial-condition search of
-// a charged capacitor across a source of another voltage.
-#include <gtest/gtest.h>
-
+// interval and ripple), a zener clamp, and a thyristor fired by a gate
+// pulse and released at its holding current.
 #include <algorithm>
 #include <cmath>
 #include <functional>
 #include <string>
 #include <vector>
 
-#include "../doc/temp_files.h"
-#include "tz4.h"
+#include "circuit_run.h"
 
 namespace {
 
-constexpr double kPi = 3.14159265358;
-
-std::string Error() { return TZ4_GetError(); }
-
-std::string Number(double x) {
-  char text[40];
-  std::snprintf(text, sizeof text, "%.12g", x);
-  return text;
-}
-
-// A circuit file with the given components and maximum step.
-std::string CircuitFile(const std::string& components, double step) {
-  return "<?xml version=\"1.0\"?>\n<TZ4>\n  <Version ver=\"2\" />\n  <Doc>\n"
-         "    <Calc zero=\"1e-11\" kmin=\"0.01\" nsr=\"false\" os=\"false\" low=\"0\" high=\"5\" "
-         "thr=\"2.5\" timeout=\"0\" />\n"
-         "    <Tran>\n      <Settings step=\"" +
-         Number(step) + "\" />\n    </Tran>\n    <Cmps>\n" + components +
-         "    </Cmps>\n  </Doc>\n</TZ4>\n";
-}
-
-std::string Element(const std::string& tag, const std::string& name, const std::string& model,
-                    std::vector<int> nodes, const std::string& attributes, const std::string& inner = "") {
-  static int id = 0;
-  std::string text = "<Cmp type=\"" + tag + "\" id=\"" + std::to_string(++id) + "\" name=\"" + name + "\"";
-  for (size_t i = 0; i < nodes.size(); i++)
-    text += " node" + std::to_string(i) + "=\"" + std::to_string(nodes[i]) + "\"";
-  text += " model=\"" + model + "\" " + attributes;
-  return text + (inner.empty() ? " />\n" : ">" + inner + "</Cmp>\n");
-}
+using namespace tz4_test;
 
 std::string Sine(const std::string& name, int a, int b, double amplitude, double period) {
   return Element("V_V", name, "Sin", {a, b}, "v=\"10\"",
                  "<Signal u0=\"0\" u1=\"" + Number(amplitude) + "\" p=\"" + Number(period) + "\" d=\"0\" />");
 }
 
-struct Sample {
-  double t, v;
-};
-
-class RectifierRun : public testing::Test {
- protected:
-  void Open(const std::string& components, double step) {
-    const std::string path = dir.File("circuit.tz4");
-    tz4_test::WriteFile(path, CircuitFile(components, step));
-    h = TZ4_Open(path.c_str());
-    ASSERT_GE(h, 0) << Error();
-  }
-  void TearDown() override {
-    if (h >= 0) TZ4_Close(h);
-  }
-
-  int Trace(const char* name, bool current = false) {
-    const int trace = current ? TZ4_AddITrace(h, name) : TZ4_AddVTrace(h, name);
-    EXPECT_GE(trace, 0) << Error();
-    return trace;
-  }
-
-  std::vector<Sample> Samples(int trace) {
-    std::vector<Sample> out;
-    const int count = TZ4_GetDataSize(h, trace);
-    for (int i = 0; i < count; i++) {
-      Sample s{};
-      EXPECT_EQ(TZ4_GetDataAt(h, trace, i, &s.t, &s.v), 0) << Error();
-      out.push_back(s);
-    }
-    return out;
-  }
-
-  tz4_test::TempDir dir{"rectifier"};
-  int h = -1;
-};
+using RectifierRun = CircuitRun;
 
 // ------------------------------------------------------------------- RC
 
@@ -140,26 +73,7 @@ TEST_F(RectifierRun, ChargedCapacitorDischargesFromItsInitialCondition) {
     ASSERT_NEAR(s.v, 5.0 * std::exp(-s.t / tau), TrapezoidBound(5.0, s.t, tau, step)) << s.t;
 
   // The voltage reached is saved as the next start.
-  ASSERT_EQ(TZ4_SaveIC(h), 0) << Error();
-  char text[64] = {};
-  ASSERT_GT(TZ4_GetText(h, "C1.IC", text, sizeof text), 0) << Error();
-  EXPECT_NEAR(std::stod(text), v.back().v, 1e-9);
-}
-
-TEST_F(RectifierRun, ChargedCapacitorAcrossASourceTakesTheSourceVoltage) {
-  // 3 V stored against a 10 V source: the first search finds an impulse of
-  // current in the capacitor's row, the capacitor takes the source's voltage
-  // from that solution, and the run starts from there. "V1" sorts after
-  // "C1", so the capacitor's row comes first.
-  Open(Element("V_V", "V1", "V", {0, 1}, "v=\"10\"") +
-           Element("C_C", "C1", "C", {0, 1}, "c=\"1e-6\" ic=\"3\"") +
-           Element("R_R", "R1", "R", {1, 0}, "r=\"1000\""),
-       1e-5);
-  const int vc = Trace("C1");
-  const int ic = Trace("C1", true);
-  ASSERT_EQ(TZ4_Simulate(h, 1e-4), 0) << Error();
-  for (const Sample& s : Samples(vc)) EXPECT_NEAR(s.v, 10.0, 1e-9) << s.t;
-  for (const Sample& s : Samples(ic)) EXPECT_NEAR(s.v, 0.0, 1e-9) << s.t;
+  EXPECT_NEAR(std::stod(SavedIC("C1.IC")), v.back().v, 1e-9);
 }
 
 // --------------------------------------------------------------- rectifiers
@@ -498,10 +412,7 @@ TEST_F(RectifierRun, ThyristorFiresOnItsGateAndLetsGoAtTheHoldingCurrent) {
   EXPECT_LT(offT, release + 3 * 0.01 * 1e-5);
 
   // Released, it starts blocked next time.
-  ASSERT_EQ(TZ4_SaveIC(h), 0) << Error();
-  char text[16] = {};
-  ASSERT_GT(TZ4_GetText(h, "T1.IC", text, sizeof text), 0) << Error();
-  EXPECT_STREQ(text, "Off");
+  EXPECT_EQ(SavedIC("T1.IC"), "Off");
 }
 
 }  // namespace

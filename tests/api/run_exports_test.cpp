@@ -6,50 +6,33 @@
 #include <cmath>
 #include <string>
 
-#include "../doc/temp_files.h"
 #include "api/documents.h"
+#include "circuit_run.h"
 #include "doc/doc.h"
 #include "solver/calc.h"
-#include "tz4.h"
-
-using tz4_test::TempDir;
-using tz4_test::WriteFile;
 
 namespace {
 
-std::string Error() { return TZ4_GetError(); }
+using namespace tz4_test;
 
 // A pulse of 0 to 10 V, period 1 ms, width 0.5 ms, sharp edges, into R1 and
-// R2 in series; the step is 0.1 ms and V(R2) is recorded.
-// `r2` holds the value attributes of R2.
-std::string DividerFile(const std::string& r2 = "r=\"1000\"") {
-  return "<?xml version=\"1.0\"?>\n<TZ4>\n  <Version ver=\"2\" />\n  <Doc>\n"
-         "    <Calc zero=\"10e-12\" kmin=\"10e-3\" nsr=\"false\" os=\"false\" low=\"0\" high=\"5\" "
-         "thr=\"2.5\" timeout=\"0\" />\n"
-         "    <Tran>\n      <Settings step=\"100e-6\" />\n      <Traces>\n"
-         "        <Trace type=\"0\" id=\"3\" tracename=\"V(R2)\" expr=\"V(R2)\" />\n"
-         "      </Traces>\n    </Tran>\n    <Cmps>\n"
-         "      <Cmp type=\"V_V\" id=\"1\" name=\"V1\" node0=\"0\" node1=\"1\" model=\"Pulse\" "
-         "v=\"10\">\n"
-         "        <Signal u0=\"0\" u1=\"10\" p=\"1e-3\" w=\"500e-6\" s=\"0\" r=\"0\" f=\"0\" "
-         "d=\"0\" ph=\"0\" />\n      </Cmp>\n"
-         "      <Cmp type=\"R_R\" id=\"2\" name=\"R1\" node0=\"1\" node1=\"2\" model=\"R\" "
-         "r=\"1000\" />\n"
-         "      <Cmp type=\"R_R\" id=\"3\" name=\"R2\" node0=\"0\" node1=\"2\" model=\"R\" " +
-         r2 + " />\n    </Cmps>\n  </Doc>\n</TZ4>\n";
+// R2 in series; V(R2) is recorded. `r2` holds the value attributes of R2.
+std::string DividerFile(const std::string& r2 = "r=\"1000\"", double step = 1e-4) {
+  return CircuitFile(
+      "      <Cmp type=\"V_V\" id=\"1\" name=\"V1\" node0=\"0\" node1=\"1\" model=\"Pulse\" v=\"10\">\n"
+      "        <Signal u0=\"0\" u1=\"10\" p=\"1e-3\" w=\"500e-6\" s=\"0\" r=\"0\" f=\"0\" d=\"0\" ph=\"0\" />\n"
+      "      </Cmp>\n"
+      "      <Cmp type=\"R_R\" id=\"2\" name=\"R1\" node0=\"1\" node1=\"2\" model=\"R\" r=\"1000\" />\n"
+      "      <Cmp type=\"R_R\" id=\"3\" name=\"R2\" node0=\"0\" node1=\"2\" model=\"R\" " + r2 + " />\n",
+      step, "        <Trace type=\"0\" id=\"3\" tracename=\"V(R2)\" expr=\"V(R2)\" />\n");
 }
 
-class RunExports : public testing::Test {
+class RunExports : public CircuitRun {
  protected:
-  void SetUp() override { Open(DividerFile()); }
-  void TearDown() override { TZ4_Close(h); }
+  void SetUp() override { OpenDivider(DividerFile()); }
 
-  void Open(const std::string& text) {
-    if (h >= 0) TZ4_Close(h);
-    const std::string path = dir.File("divider.tz4");
-    WriteFile(path, text);
-    h = TZ4_Open(path.c_str());
-    ASSERT_GE(h, 0) << Error();
+  void OpenDivider(const std::string& text) {
+    OpenText(text);
     trace = TZ4_GetTrace(h, "V(R2)");
     ASSERT_GE(trace, 0) << Error();
   }
@@ -65,55 +48,30 @@ class RunExports : public testing::Test {
     return v;
   }
   double LastTime() {
-    double t = -1.0, v = 0.0;
-    EXPECT_EQ(TZ4_GetLastData(h, trace, &t, &v), 0) << Error();
+    double t = -1.0;
+    Last(trace, &t);
     return t;
   }
-  bool HasSampleAt(double time) {
-    const int n = TZ4_GetDataSize(h, trace);
-    for (int i = 0; i < n; ++i) {
-      double t = 0, v = 0;
-      TZ4_GetDataAt(h, trace, i, &t, &v);
-      if (std::fabs(t - time) <= 1e-12 * time) return true;
-    }
-    return false;
-  }
+  bool HasSampleAt(double time) { return CircuitRun::HasSampleAt(trace, time); }
 
-  TempDir dir{"runexports"};
-  int h = -1;
   int trace = -1;
 };
 
 TEST_F(RunExports, ArgumentsAndIdleDocuments) {
   EXPECT_EQ(TZ4_GetSimulationTime(h, nullptr), -1);
   EXPECT_EQ(Error(), "TZ4_GetSimulationTime: t = NULL");
-  double t = 5.0;
-  EXPECT_EQ(TZ4_GetSimulationTime(-3, &t), -1);
-  EXPECT_EQ(Error(), "TZ4_GetSimulationTime: no circuit");
-  EXPECT_EQ(t, 5.0);
-  EXPECT_EQ(TZ4_Start(-3), -1);
-  EXPECT_EQ(Error(), "TZ4_Start: no circuit");
-
   // The interval is checked before the document.
-  EXPECT_EQ(TZ4_Simulate(-3, -1.0), -1);
-  EXPECT_EQ(Error(), "TZ4_Simulate: interval < 0");
-  EXPECT_EQ(TZ4_SimulateInterval(h, -1e-9), -1);
-  EXPECT_EQ(Error(), "TZ4_SimulateInterval: interval < 0");
-  EXPECT_EQ(TZ4_SimulateInterval(h, std::nan("")), -1);
-  EXPECT_EQ(Error(), "TZ4_SimulateInterval: interval < 0");
-  EXPECT_EQ(TZ4_SimulateStep(-3), -1);
-  EXPECT_EQ(Error(), "TZ4_SimulateStep: no circuit");
-
+  for (double interval : {-1.0, -1e-9, std::nan("")}) {
+    EXPECT_EQ(TZ4_Simulate(-3, interval), -1);
+    EXPECT_EQ(Error(), "TZ4_Simulate: interval < 0");
+    EXPECT_EQ(TZ4_SimulateInterval(h, interval), -1);
+    EXPECT_EQ(Error(), "TZ4_SimulateInterval: interval < 0");
+  }
   EXPECT_EQ(TZ4_SaveIC(h), -1);
   EXPECT_EQ(Error(), "TZ4_SaveIC: simulation not running");
-  EXPECT_EQ(TZ4_SaveIC(-3), -1);
-  EXPECT_EQ(Error(), "TZ4_SaveIC: no circuit");
-
   // Nothing stored yet: nothing to drop, and no failure.
   EXPECT_EQ(TZ4_DeleteOldData(h), 0);
   EXPECT_EQ(Error(), "OK");
-  EXPECT_EQ(TZ4_DeleteOldData(-3), -1);
-  EXPECT_EQ(Error(), "TZ4_DeleteOldData: no circuit");
   EXPECT_EQ(TZ4_GetDataSize(h, trace), 0);
   EXPECT_EQ(SimulationTime(), 0.0);
   EXPECT_FALSE(tz4::FindDocument(h)->running);
@@ -211,14 +169,6 @@ TEST_F(RunExports, DeleteOldDataKeepsMemoryBoundedAndTheTargetReadable) {
   EXPECT_NEAR(At(2.6e-3), 0.0, 1e-9);
 }
 
-TEST_F(RunExports, SaveICWhileRunning) {
-  ASSERT_EQ(TZ4_SimulateInterval(h, 0.25e-3), 0) << Error();
-  ASSERT_EQ(TZ4_SaveIC(h), 0) << Error();
-  EXPECT_EQ(Error(), "OK");
-  EXPECT_TRUE(tz4::FindDocument(h)->calc->icSaved);
-  EXPECT_EQ(tz4::FindDocument(h)->calc->lastTime, 0.25e-3);
-}
-
 TEST_F(RunExports, AParameterChangeInTheMiddleOfARun) {
   ASSERT_EQ(TZ4_SimulateInterval(h, 1.25e-3), 0) << Error();
   ASSERT_EQ(TZ4_SetValue(h, "R2.R", 3000.0), 0) << Error();
@@ -248,8 +198,6 @@ TEST_F(RunExports, AFailureEndsTheRunWithItsTimeAndTheNextCallStartsAgain) {
   // The time asked for stays, and the results of the run stay readable.
   EXPECT_EQ(SimulationTime(), 2e-3);
   EXPECT_NEAR(At(0.75e-3), 0.0, 1e-9);
-  EXPECT_EQ(TZ4_SaveIC(h), -1);
-  EXPECT_EQ(Error(), "TZ4_SaveIC: simulation not running");
 
   // Without the faulty trace, the next call runs again from 0.
   ASSERT_EQ(TZ4_DeleteTrace(h, bad), 0) << Error();
@@ -264,13 +212,10 @@ TEST_F(RunExports, AFailureEndsTheRunWithItsTimeAndTheNextCallStartsAgain) {
 TEST_F(RunExports, AFailedStartAppendsTheReasons) {
   // Two sources of different value on one node.
   std::string text = DividerFile();
-  const std::string extra =
-      "      <Cmp type=\"V_V\" id=\"4\" name=\"V2\" node0=\"0\" node1=\"2\" model=\"V\" v=\"3\" "
-      "/>\n";
-  text.insert(text.find("    </Cmps>"), extra +
-                                            "      <Cmp type=\"V_V\" id=\"5\" name=\"V3\" "
-                                            "node0=\"0\" node1=\"2\" model=\"V\" v=\"4\" />\n");
-  Open(text);
+  text.insert(text.find("    </Cmps>"),
+              "<Cmp type=\"V_V\" id=\"4\" name=\"V2\" node0=\"0\" node1=\"2\" model=\"V\" v=\"3\" />\n"
+              "<Cmp type=\"V_V\" id=\"5\" name=\"V3\" node0=\"0\" node1=\"2\" model=\"V\" v=\"4\" />\n");
+  OpenDivider(text);
   EXPECT_EQ(TZ4_Start(h), -1);
   const std::string failure = Error();
   EXPECT_EQ(failure.rfind("TZ4_Start: Transient error at t=0 : Infinity at node ", 0), 0u)
@@ -278,14 +223,12 @@ TEST_F(RunExports, AFailedStartAppendsTheReasons) {
   EXPECT_FALSE(tz4::FindDocument(h)->running);
 
   // A stored step that could never advance the run.
-  text = DividerFile();
-  text.replace(text.find("step=\"100e-6\""), 14, "step=\"0\"");
-  Open(text);
+  OpenDivider(DividerFile("r=\"1000\"", 0.0));
   EXPECT_EQ(TZ4_Start(h), -1);
   EXPECT_EQ(Error(), "TZ4_Start: step <= 0");
 
   // A component's check is reported in its own words, and the run refused.
-  Open(DividerFile("r=\"1\" r_str=\"%3dnosuchname\""));
+  OpenDivider(DividerFile("r=\"1\" r_str=\"%3dnosuchname\""));
   EXPECT_EQ(TZ4_Simulate(h, 1e-3), -1);
   EXPECT_EQ(Error(), "TZ4_Simulate: R2 : R : formula error; ");
   EXPECT_FALSE(tz4::FindDocument(h)->running);

@@ -3,11 +3,14 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <limits>
 #include <string>
 
 #include "api/last_error.h"
 #include "components/param_ops.h"
 #include "expr/raise.h"
+#include "expr/numtext.h"
+#include "../expr/eval_helpers.h"
 #include "test_cmp.h"
 
 namespace tz4 {
@@ -15,6 +18,7 @@ namespace {
 
 using testing::CTestCmp;
 using testing::MakeTestCmp;
+using testing_expr::FakeContext;
 
 class ParamTest : public ::testing::Test {
  protected:
@@ -25,14 +29,15 @@ class ParamTest : public ::testing::Test {
     EXPECT_TRUE(cmp->FindParam(name, p)) << name;
     return p;
   }
-  // SetFromExpression, expecting success.
-  void Apply(const std::string& name, const std::string& text) {
-    std::string error;
+  // SetFromExpression; returns the error text ("" on success).
+  std::string Try(const std::string& name, const std::string& text, CEvalContext* context = nullptr) {
+    std::string error = "stale";
     bool ok = false;
-    SetFromExpression(Param(name), error, text, nullptr, nullptr, ok);
-    EXPECT_TRUE(ok) << error;
-    EXPECT_EQ(error, "");
+    SetFromExpression(Param(name), error, text, context, nullptr, ok);
+    EXPECT_EQ(ok, error.empty()) << error;
+    return error;
   }
+  void Apply(const std::string& name, const std::string& text) { EXPECT_EQ(Try(name, text), ""); }
   std::string Text(const std::string& name) {
     std::string text;
     EXPECT_TRUE(GetFullText(Param(name), text));
@@ -42,21 +47,6 @@ class ParamTest : public ::testing::Test {
   std::unique_ptr<CTestCmp> cmp = MakeTestCmp("P1");
   uint32_t flags = 0;
 };
-
-TEST_F(ParamTest, HighLowIsReversedOnlyInTheForgivingEntry) {
-  Apply("Out", "High");
-  EXPECT_EQ(cmp->Level, 0);
-  Apply("out", "low");
-  EXPECT_EQ(cmp->Level, 1);
-  EXPECT_EQ(SetText(Param("Out"), "High", nullptr, &flags), 0);
-  EXPECT_EQ(cmp->Level, 1);
-  EXPECT_EQ(Text("Out"), "High");
-  EXPECT_EQ(GetDisplayText(Param("Out")), "High");
-  EXPECT_EQ(SetText(Param("Out"), "Low", nullptr, &flags), 0);
-  EXPECT_EQ(cmp->Level, 0);
-  Apply("Out", "1");  // a number keeps its meaning
-  EXPECT_EQ(cmp->Level, 1);
-}
 
 TEST_F(ParamTest, GetTextCutsToTheBuffer) {
   cmp->File = "abcde";
@@ -88,17 +78,6 @@ TEST_F(ParamTest, SetValueOnSwitchesTruncatesWithoutRangeCheck) {
   EXPECT_EQ(SetValue(Param("Active"), 0.0, nullptr), 0);  // no flags word
 }
 
-TEST_F(ParamTest, PlainExpressionsKeepTwelveDigits) {
-  Apply("R", "3.14159265358979");
-  EXPECT_EQ(cmp->R.Value, 3.14159265359);
-  EXPECT_EQ(cmp->R.Text, "");
-  Apply("R", " 2*3.5 ");
-  EXPECT_EQ(cmp->R.Value, 7.0);
-  // SetValue keeps every digit.
-  EXPECT_EQ(SetValue(Param("R"), 3.14159265358979, &flags), 0);
-  EXPECT_EQ(cmp->R.Value, 3.14159265358979);
-}
-
 TEST_F(ParamTest, FormulaTextStaysAFormula) {
   Apply("R", "=2*3");
   EXPECT_EQ(cmp->R.Text, "=2*3");
@@ -106,25 +85,6 @@ TEST_F(ParamTest, FormulaTextStaysAFormula) {
   EXPECT_FALSE(cmp->R.Invalid);
   EXPECT_EQ(Text("R"), "=2*3");
   EXPECT_EQ(GetDisplayText(Param("R")), "6");
-}
-
-TEST_F(ParamTest, EnumByNameOrIndex) {
-  Apply("Mode", "slow");
-  EXPECT_EQ(cmp->Mode.Index, 1);
-  Apply("Mode", "2");
-  EXPECT_EQ(cmp->Mode.Index, 2);
-  Apply("Mode", "7");  // out of range falls to the first name
-  EXPECT_EQ(cmp->Mode.Index, 0);
-  Apply("Mode", "-1");
-  EXPECT_EQ(cmp->Mode.Index, 0);
-  EXPECT_EQ(Text("Mode"), "Fast");
-  EXPECT_EQ(SetText(Param("Mode"), "Off", nullptr, &flags), 0);
-  EXPECT_EQ(cmp->Mode.Index, 2);
-  EXPECT_EQ(SetText(Param("Mode"), "slow", nullptr, &flags), -1);
-  EXPECT_EQ(LastError(), "text slow not found");
-  double v = 0;
-  EXPECT_EQ(GetValue(Param("Mode"), &v), 0);
-  EXPECT_EQ(v, 2.0);
 }
 
 TEST_F(ParamTest, EmptyInitialCondition) {
@@ -225,22 +185,6 @@ TEST_F(ParamTest, StrictSwitchWordsAreExact) {
   EXPECT_EQ(flags, kParamsChangedFlag);
 }
 
-TEST_F(ParamTest, ForgivingSwitchesClamp) {
-  Apply("Active", "5");
-  EXPECT_EQ(cmp->Active, 1);
-  Apply("Active", "-3");
-  EXPECT_EQ(cmp->Active, 0);
-  Apply("Active", "YES");
-  EXPECT_EQ(cmp->Active, 1);
-  Apply("Cycle", "off");
-  EXPECT_EQ(cmp->Cycle, 0);
-  std::string error;
-  bool ok = true;
-  SetFromExpression(Param("Active"), error, "maybe", nullptr, nullptr, ok);
-  EXPECT_FALSE(ok);
-  EXPECT_EQ(error.rfind("Error : ", 0), 0u);
-}
-
 TEST_F(ParamTest, TextKindsAndTables) {
   Apply("File", "  data.txt ");
   EXPECT_EQ(cmp->File, "data.txt");
@@ -292,6 +236,144 @@ TEST_F(ParamTest, CodeDisplayIsOneShortLine) {
   EXPECT_EQ(GetDisplayText(Param("Code")), std::string(33, 'x'));
   cmp->Code = std::string(34, 'y');
   EXPECT_EQ(GetDisplayText(Param("Code")), std::string(30, 'y') + "...");
+}
+
+TEST_F(ParamTest, ForgivingEntryReportsTheEvaluatorsMessage) {
+  EXPECT_EQ(Try("R", "=1+nothing"), "Error : Syntax error: nothing");
+  EXPECT_EQ(Try("K", " 2*nothing "), "Error : Syntax error: nothing");
+  EXPECT_EQ(cmp->K.Text, "2*nothing");  // trimmed, and kept to be mended
+  EXPECT_EQ(Try("Mode", "Medium"), "Error : Syntax error: Medium");
+  EXPECT_EQ(cmp->Mode.Index, 0);
+  EXPECT_EQ(Try("Active", "sin(1,2)"), "Error : Function 'sin' : wrong number of parameters");
+  EXPECT_EQ(Try("IC", "1+"), "");  // an operator with nothing behind it is no failure
+  EXPECT_EQ(cmp->Ic, "1");
+  EXPECT_EQ(Try("IC", "V(P1)"), "Error : Function 'V' not allowed");
+  EXPECT_EQ(cmp->Ic, "V(P1)");
+  EXPECT_EQ(Try("Code", "int x; x = 1;"), "");
+}
+
+TEST_F(ParamTest, StrictEntriesAppendTheirMessages) {
+  SetLastError("TZ4_SetText: ");
+  EXPECT_EQ(SetText(Param("R"), "=2*nothing", nullptr, &flags), -1);
+  EXPECT_EQ(LastError(), "TZ4_SetText: Syntax error: nothing");
+  EXPECT_EQ(cmp->R.Text, "=2*nothing");
+  EXPECT_TRUE(cmp->R.Invalid);
+  SetLastError("TZ4_SetText: ");
+  EXPECT_EQ(SetText(Param("R"), "1+1", nullptr, &flags), -1);
+  EXPECT_EQ(LastError(), "TZ4_SetText: Syntax error: 1+1");
+  SetLastError("TZ4_GetValue: ");
+  double v = -1;
+  EXPECT_EQ(GetValue(Param("IC"), &v), -1);
+  EXPECT_EQ(LastError(), "TZ4_GetValue: no IC");
+  EXPECT_EQ(v, -1);
+  SetLastError("TZ4_SetText: ");
+  EXPECT_EQ(SetText(Param("Mode"), "fast", nullptr, &flags), -1);
+  EXPECT_EQ(LastError(), "TZ4_SetText: text fast not found");
+  EXPECT_EQ(flags, 0u);
+}
+
+TEST_F(ParamTest, StrictNumberTextTakesSuffixesButNoPrefixes) {
+  EXPECT_EQ(SetText(Param("R"), "2.2u", nullptr, &flags), 0);
+  EXPECT_EQ(cmp->R.Value, 2.2e-6);
+  EXPECT_EQ(SetText(Param("R"), "0x10", nullptr, &flags), 0);
+  EXPECT_EQ(cmp->R.Value, 0.1);
+  EXPECT_EQ(SetText(Param("R"), "1MEG", nullptr, &flags), 0);
+  EXPECT_EQ(cmp->R.Value, 1e6);
+  EXPECT_EQ(SetText(Param("R"), "3.14159265358979", nullptr, &flags), 0);
+  EXPECT_EQ(cmp->R.Value, 3.14159265358979);  // strict text keeps every digit
+  EXPECT_EQ(SetText(Param("R"), "-inf", nullptr, &flags), 0);
+  EXPECT_EQ(cmp->R.Value, -std::numeric_limits<double>::infinity());
+  char buffer[8];
+  EXPECT_EQ(GetText(Param("R"), buffer, sizeof buffer), 5);
+  EXPECT_STREQ(buffer, "-inf");
+}
+
+TEST_F(ParamTest, ValuesPassThroughTwelveDigitText) {
+  EXPECT_EQ(Try("R", "1/3"), "");
+  EXPECT_EQ(cmp->R.Value, TextToDouble("333.333333333e-3"));
+  EXPECT_EQ(Try("R", "=2/3"), "");
+  EXPECT_EQ(cmp->R.Value, TextToDouble("666.666666667e-3"));
+  EXPECT_EQ(Try("IC", " 1/3 "), "");
+  EXPECT_EQ(cmp->Ic, "333.333333333e-3");
+  EXPECT_EQ(Try("IC", "  "), "");
+  EXPECT_EQ(cmp->Ic, "");
+  EXPECT_EQ(SetValue(Param("R"), 1.0 / 3.0, &flags), 0);
+  EXPECT_EQ(cmp->R.Value, 1.0 / 3.0);
+  char buffer[32];
+  EXPECT_EQ(GetText(Param("R"), buffer, sizeof buffer), 17);
+  EXPECT_STREQ(buffer, "333.333333333e-3");
+  EXPECT_EQ(GetDisplayText(Param("R")), "333.333333333e-3");
+  // Exactly the text's length: the text less its last character.
+  EXPECT_EQ(GetText(Param("R"), buffer, 16), 17);
+  EXPECT_STREQ(buffer, "333.333333333e-");
+  EXPECT_EQ(GetText(Param("R"), buffer, 1), 17);
+  EXPECT_STREQ(buffer, "");
+}
+
+TEST_F(ParamTest, EnumeratedAndSwitchForms) {
+  EXPECT_EQ(Try("Mode", "SLOW"), "");
+  EXPECT_EQ(cmp->Mode.Index, 1);
+  EXPECT_EQ(Try("Mode", "2.9"), "");
+  EXPECT_EQ(cmp->Mode.Index, 2);
+  EXPECT_EQ(Try("Mode", "3"), "");  // three names: index 3 does not exist
+  EXPECT_EQ(cmp->Mode.Index, 0);
+  EXPECT_EQ(Try("Mode", "2"), "");
+  EXPECT_EQ(Try("Mode", "-1"), "");
+  EXPECT_EQ(cmp->Mode.Index, 0);
+  EXPECT_EQ(Try("Out", "high"), "");
+  EXPECT_EQ(cmp->Level, 0);
+  EXPECT_EQ(Try("Out", "LOW"), "");
+  EXPECT_EQ(cmp->Level, 1);
+  EXPECT_EQ(Try("Out", "0.99"), "");
+  EXPECT_EQ(cmp->Level, 0);
+  EXPECT_EQ(Try("Cycle", "On"), "");  // all four words serve both kinds
+  EXPECT_EQ(cmp->Cycle, 1);
+  EXPECT_EQ(Try("Active", "no"), "");
+  EXPECT_EQ(cmp->Active, 0);
+  EXPECT_EQ(SetValue(Param("Out"), 0.95, &flags), 0);
+  EXPECT_EQ(cmp->Level, 1);
+  EXPECT_EQ(flags, kParamsChangedFlag);
+  EXPECT_EQ(GetDisplayText(Param("Out")), "High");
+  flags = 0;
+  EXPECT_EQ(SetValue(Param("Mode"), -0.5, &flags), 0);
+  EXPECT_EQ(cmp->Mode.Index, 0);
+  EXPECT_EQ(flags, 0u);
+  EXPECT_EQ(SetText(Param("Out"), "Low", nullptr, &flags), 0);
+  EXPECT_EQ(cmp->Level, 0);
+  EXPECT_EQ(GetNumber(Param("Out")), 0.0);
+  EXPECT_EQ(SetText(Param("Out"), "High", nullptr, &flags), 0);  // strict: not reversed
+  EXPECT_EQ(cmp->Level, 1);
+  EXPECT_EQ(Text("Out"), "High");
+  EXPECT_EQ(Try("Active", "5"), "");  // switches clamp
+  EXPECT_EQ(cmp->Active, 1);
+  EXPECT_EQ(Try("Active", "-3"), "");
+  EXPECT_EQ(cmp->Active, 0);
+  EXPECT_EQ(Try("Active", "maybe").rfind("Error : ", 0), 0u);
+  EXPECT_EQ(Text("Mode"), "Fast");
+  EXPECT_EQ(SetText(Param("Mode"), "Off", nullptr, &flags), 0);
+  double v = 0;
+  EXPECT_EQ(GetValue(Param("Mode"), &v), 0);
+  EXPECT_EQ(v, 2.0);
+}
+
+TEST_F(ParamTest, FormulasResolveThroughTheContextAndRefuseCycles) {
+  FakeContext ctx;
+  ctx.values["Q1.R"] = 50;
+  EXPECT_EQ(Try("R", "=Q1.R*2", &ctx), "");
+  EXPECT_EQ(cmp->R.Value, 100);
+  EXPECT_EQ(cmp->R.Text, "=Q1.R*2");
+  EXPECT_EQ(Try("K", "Q1.R+1", &ctx), "");
+  EXPECT_EQ(cmp->K.Value, 51);
+  EXPECT_EQ(cmp->K.Text, "");
+  ctx.formulas["P1.R"] = &cmp->R;
+  ctx.formulas["P1.K"] = &cmp->K;
+  cmp->K.Text = "=P1.R+1";
+  SetLastError("TZ4_SetText: ");
+  EXPECT_EQ(SetText(Param("R"), "=P1.K*2", &ctx, &flags), -1);
+  EXPECT_EQ(LastError(), "TZ4_SetText: Circular reference");
+  EXPECT_TRUE(cmp->R.Invalid);
+  EXPECT_EQ(Try("R", "=P1.K*2", &ctx), "Error : Circular reference");
+  EXPECT_EQ(Try("R", "=P1.R", &ctx), "Error : Circular reference");
 }
 
 }  // namespace

@@ -5,98 +5,17 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <functional>
-#include <limits>
-#include <memory>
 #include <string>
 
-#include "../solver/fake_cmp.h"
 #include "api/last_error.h"
 #include "devices/capacitor.h"
-#include "doc/cmps.h"
-#include "doc/xml_node.h"
-#include "solver/calc.h"
+#include "solver_bench.h"
 
 namespace tz4 {
 namespace {
 
-using solvertest::FakeCmp;
-
-// Capacitors from circuit text through the component collection, with
-// test resistors and sources around them, in one run list. Nodes are
-// numbered 1, 2, ... without gaps, so that they keep their numbers.
-class Bench {
- public:
-  void Load(const std::string& elements) {
-    CXmlNode root("Cmps");
-    ASSERT_EQ(root.LoadFromText("<Cmps>" + elements + "</Cmps>"), 0);
-    ASSERT_TRUE(cmps.Serialize(&root));
-    cmps.UpdateFormulas();
-  }
-
-  FakeCmp& Add(const std::string& name, std::vector<int32_t> nodes, int32_t rows) {
-    auto part = std::make_unique<FakeCmp>(name, std::move(nodes), rows);
-    FakeCmp& ref = *part;
-    cmps.Add(std::move(part));
-    return ref;
-  }
-
-  FakeCmp& Resistor(const std::string& name, int32_t a, int32_t b, double R) {
-    FakeCmp& r = Add(name, {a, b}, 0);
-    r.onStamp = [&r, R](CCalc& calc, int phase, double) {
-      if (phase == STAMP_MATRIX && calc.pass == 0) calc.StampConductance(r.pins[0], r.pins[1], R);
-      return 0;
-    };
-    return r;
-  }
-
-  // V(b) - V(a) = v(t), through the varying term.
-  FakeCmp& Source(const std::string& name, int32_t a, int32_t b, std::function<double(double)> v) {
-    FakeCmp& src = Add(name, {a, b}, 1);
-    src.onStamp = [&src, v](CCalc& calc, int phase, double t) {
-      const int r = src.firstRow;
-      if (phase == STAMP_MATRIX && calc.pass == 0) {
-        calc.StampVSource(src.pins[0], src.pins[1], r, 0.0);
-        calc.rowMark[static_cast<size_t>(r)] = 1;
-      }
-      if (phase == STAMP_SOURCE) calc.s[static_cast<size_t>(r)] = -v(t);
-      return 0;
-    };
-    return src;
-  }
-  FakeCmp& Source(const std::string& name, int32_t a, int32_t b, double v) {
-    return Source(name, a, b, [v](double) { return v; });
-  }
-
-  bool Build() {
-    if (calc.AddComponents(cmps) != 0) return false;
-    calc.MergeNodes();
-    calc.NumberNodes();
-    return calc.AllocateSystem();
-  }
-
-  CElemC& C(const std::string& name) {
-    auto* c = dynamic_cast<CElemC*>(cmps.Find(name));
-    EXPECT_NE(c, nullptr) << name;
-    return *c;
-  }
-  double X(int i) const { return calc.x[static_cast<size_t>(i)]; }
-  double Current(const CCmp& cmp, int extra = 0) const { return X(cmp.firstRow + extra); }
-
-  // One solve of the state form, as the run's start makes it.
-  int Initial(double t = 0.0) { return calc.SolveInitial(t, false, true); }
-
-  // n steps of backward Euler through the switching loop, accepting each.
-  void EulerSteps(double& t, double h, int n) {
-    for (int k = 0; k < n; k++) {
-      ASSERT_EQ(calc.Calculate(t, h, true, false), 0) << calc.error;
-      t += h;
-      calc.AcceptAll();
-    }
-  }
-
-  CCmps cmps;
-  CCalc calc;
+struct Bench : devtest::SolverBench {
+  CElemC& C(const std::string& name) { return Get<CElemC>(name); }
 };
 
 const char* const kRC =
@@ -108,68 +27,53 @@ std::string WithIC(const std::string& text, const std::string& ic) {
   return out;
 }
 
-// ---------------------------------------------------------------- state form
-
-TEST(CapacitorStateForm, WithoutAValueItIsOpenAndTheDividerHolds) {
-  Bench bench;
-  bench.Load(WithIC(kRC, ""));
+// C1 at node 2 of a divider of two 1 kOhm from 10 V, with the given IC text.
+bool Divider(Bench& bench, const std::string& ic) {
+  bench.Load(WithIC(kRC, ic));
   bench.Source("V1", 0, 1, 10.0);
   bench.Resistor("R1", 1, 2, 1000.0);
   bench.Resistor("R2", 2, 0, 1000.0);
-  ASSERT_TRUE(bench.Build());
-  EXPECT_FALSE(bench.C("C1").HasValue);
-  EXPECT_EQ(bench.Initial(), 0);
-  EXPECT_NEAR(bench.X(2), 5.0, 1e-12);
-  EXPECT_EQ(bench.Current(bench.C("C1")), 0.0);
+  return bench.Build();
 }
 
-TEST(CapacitorStateForm, AKnownVoltageIsASourceAndItsCurrentIsTheRow) {
+// ---------------------------------------------------------------- state form
+
+// Without a value it is open; a known voltage is a source whose current is
+// its row; an ignored value is open unless forced, and a forced empty value
+// is zero.
+TEST(CapacitorStateForm, ValueIgnoreAndForceDecideWhatTheDividerSees) {
+  const struct {
+    const char* ic;
+    bool ignore, force, hasValue;
+    double node2, current;
+  } kCases[] = {{"", false, false, false, 5.0, 0.0},
+                // (10 - 3) / 1k in, 3 / 1k out through R2: 4 mA into C1.
+                {"3", false, false, true, 3.0, 4e-3},
+                {"3", true, false, true, 5.0, 0.0},
+                {"3", true, true, true, 3.0, 4e-3},
+                {"", false, true, false, 0.0, 10e-3}};
+  for (const auto& c : kCases) {
+    SCOPED_TRACE(testing::Message() << '"' << c.ic << "\" ignore " << c.ignore << " force " << c.force);
+    Bench bench;
+    ASSERT_TRUE(Divider(bench, c.ic));
+    CElemC& cap = bench.C("C1");
+    EXPECT_EQ(cap.HasValue, c.hasValue);
+    cap.ignoreIC = c.ignore;
+    cap.forceIC = c.force;
+    EXPECT_EQ(bench.Initial(), 0);
+    EXPECT_NEAR(bench.X(2), c.node2, 1e-12);
+    EXPECT_NEAR(bench.I(cap), c.current, 1e-15);
+  }
+}
+
+TEST(CapacitorStateForm, TheNextOrderIsTheCurrentOverC) {
   Bench bench;
-  bench.Load(WithIC(kRC, "3"));
-  bench.Source("V1", 0, 1, 10.0);
-  bench.Resistor("R1", 1, 2, 1000.0);
-  bench.Resistor("R2", 2, 0, 1000.0);
-  ASSERT_TRUE(bench.Build());
+  ASSERT_TRUE(Divider(bench, "3"));
   CElemC& c = bench.C("C1");
-  EXPECT_TRUE(c.HasValue);
   EXPECT_EQ(c.Voltage, 3.0);
-  // The next order is the current over C.
   bench.calc.stampMode = 0;
   ASSERT_TRUE(bench.calc.StampMatrices(0.0));
   EXPECT_DOUBLE_EQ(bench.calc.B[static_cast<size_t>(c.firstRow)][c.firstRow], -1e6);
-  EXPECT_EQ(bench.Initial(), 0);
-  EXPECT_NEAR(bench.X(2), 3.0, 1e-12);
-  // (10 - 3) / 1k in, 3 / 1k out through R2: 4 mA from node 2 into C1.
-  EXPECT_NEAR(bench.Current(c), 4e-3, 1e-15);
-}
-
-TEST(CapacitorStateForm, IgnoredValueIsOpenAndForcedEmptyValueIsZero) {
-  {
-    Bench bench;
-    bench.Load(WithIC(kRC, "3"));
-    bench.Source("V1", 0, 1, 10.0);
-    bench.Resistor("R1", 1, 2, 1000.0);
-    bench.Resistor("R2", 2, 0, 1000.0);
-    ASSERT_TRUE(bench.Build());
-    bench.C("C1").ignoreIC = true;
-    EXPECT_EQ(bench.Initial(), 0);
-    EXPECT_NEAR(bench.X(2), 5.0, 1e-12);
-    // Forced wins over ignored.
-    bench.C("C1").forceIC = true;
-    EXPECT_EQ(bench.Initial(), 0);
-    EXPECT_NEAR(bench.X(2), 3.0, 1e-12);
-  }
-  {
-    Bench bench;
-    bench.Load(WithIC(kRC, ""));
-    bench.Source("V1", 0, 1, 10.0);
-    bench.Resistor("R1", 1, 2, 1000.0);
-    ASSERT_TRUE(bench.Build());
-    bench.C("C1").forceIC = true;
-    EXPECT_EQ(bench.Initial(), 0);
-    EXPECT_EQ(bench.X(2), 0.0);
-    EXPECT_NEAR(bench.Current(bench.C("C1")), 10e-3, 1e-15);
-  }
 }
 
 TEST(CapacitorStateForm, MarkedRowTakesItsVoltageFromTheSolution) {
@@ -198,7 +102,7 @@ TEST(CapacitorStateForm, MarkedRowTakesItsVoltageFromTheSolution) {
     bench.calc.error.clear();
     EXPECT_EQ(bench.calc.SolveInitial(0.0, true, false), 0) << bench.calc.error;
     EXPECT_NEAR(bench.X(1), 10.0, 1e-12);
-    EXPECT_EQ(bench.Current(c), 0.0);
+    EXPECT_EQ(bench.I(c), 0.0);
     // Nothing is marked any more, so nothing changes.
     EXPECT_EQ(bench.calc.AdjustIC(), 0);
   }
@@ -248,7 +152,7 @@ TEST(CapacitorDynamic, ChargeFollowsTheBackwardEulerRecurrence) {
     const double expected = 10.0 * (1.0 - std::pow(1.0 / (1.0 + h / tau), n));
     ASSERT_NEAR(bench.X(2), expected, 1e-9) << n;
     // The row is the current C dV/dt, equal to the resistor's.
-    ASSERT_NEAR(bench.Current(bench.C("C1")), (10.0 - bench.X(2)) / 1000.0, 1e-12);
+    ASSERT_NEAR(bench.I(bench.C("C1")), (10.0 - bench.X(2)) / 1000.0, 1e-12);
   }
 }
 
@@ -267,7 +171,7 @@ TEST(CapacitorDynamic, InfiniteCapacitanceHoldsItsVoltage) {
   double t = 0.0;
   bench.EulerSteps(t, 1e-3, 3);
   EXPECT_NEAR(bench.X(2), 2.0, 1e-12);
-  EXPECT_NEAR(bench.Current(c), 8e-3, 1e-15);
+  EXPECT_NEAR(bench.I(c), 8e-3, 1e-15);
 }
 
 TEST(CapacitorDynamic, FunctionModelIsAResistanceOfOne) {
@@ -283,7 +187,7 @@ TEST(CapacitorDynamic, FunctionModelIsAResistanceOfOne) {
     else
       ASSERT_EQ(bench.calc.Calculate(0.0, 1e-3, true, false), 0);
     EXPECT_NEAR(bench.X(2), 5.0, 1e-12) << mode;
-    EXPECT_NEAR(bench.Current(f), 5.0, 1e-12) << mode;
+    EXPECT_NEAR(bench.I(f), 5.0, 1e-12) << mode;
     EXPECT_EQ(bench.calc.B[static_cast<size_t>(f.firstRow)][f.firstRow], 0.0);
   }
 }
@@ -388,7 +292,7 @@ TEST(CapacitorTable, CurrentControlledSensesThroughItsSecondRow) {
   ASSERT_EQ(bench.Initial(), 0);
   EXPECT_NEAR(bench.X(2), 0.0, 1e-15);  // the sense is a 0 V source
   // Current from pins[3] to pins[2] counts positive: this one is negative.
-  EXPECT_NEAR(bench.Current(c, 1), -0.5e-3, 1e-15);
+  EXPECT_NEAR(bench.I(c, 1), -0.5e-3, 1e-15);
   bool changed = true;
   ASSERT_TRUE(c.PostStep(bench.calc, false, 0.0, changed));
   EXPECT_FALSE(changed);

@@ -17,8 +17,12 @@
 #include "components/elem_type.h"
 #include "devices/label.h"
 #include "doc/xml_node.h"
+#include "device_b_support.h"
 
 namespace tz4::devc_test {
+
+using devtest::SelectModel;
+using devtest::TargetFitsKind;
 
 using CmpList = std::vector<std::unique_ptr<CCmp>>;
 
@@ -66,25 +70,6 @@ inline std::string StoreOne(CCmp& cmp) {
   node.storing = true;
   cmp.Serialize(node, false);
   return node.WriteInline();
-}
-
-// Whether a bound parameter points at a member of the kind's type.
-inline bool TargetFitsKind(const CParam& param) {
-  switch (param.Kind) {
-    case PK_VALUE:
-      return std::holds_alternative<CFormula*>(param.Value) && std::get<CFormula*>(param.Value);
-    case PK_ENUM:
-      return std::holds_alternative<CEnumValue*>(param.Value) && std::get<CEnumValue*>(param.Value);
-    case PK_ON_OFF:
-    case PK_YES_NO:
-    case PK_HIGH_LOW:
-      return std::holds_alternative<int32_t*>(param.Value) && std::get<int32_t*>(param.Value);
-    case PK_PWL:
-      return std::holds_alternative<CPWL*>(param.Value) && std::get<CPWL*>(param.Value);
-    default:
-      return param.Kind >= PK_NAME && param.Kind <= PK_CODE &&
-             std::holds_alternative<std::string*>(param.Value) && std::get<std::string*>(param.Value);
-  }
 }
 
 inline const void* TargetAddress(const CParam& param) {
@@ -136,17 +121,6 @@ inline std::vector<std::string> ParamNames(CCmp& cmp) {
   std::vector<std::string> names;
   for (const CParam& param : cmp.BindParams()) names.push_back(param.Name);
   return names;
-}
-
-// Selects the model of that name; false when the type has none.
-inline bool SelectModel(CCmp& cmp, const std::string& model) {
-  for (int m = 0; cmp.models[m].name != nullptr; m++) {
-    if (model == cmp.models[m].name) {
-      cmp.modelIndex = m;
-      return true;
-    }
-  }
-  return false;
 }
 
 }  // namespace tz4::devc_test

@@ -5,107 +5,28 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <functional>
-#include <memory>
 #include <string>
 
-#include "../solver/fake_cmp.h"
 #include "api/last_error.h"
 #include "devices/diode.h"
-#include "doc/cmps.h"
-#include "doc/xml_node.h"
-#include "solver/calc.h"
+#include "solver_bench.h"
 
 namespace tz4 {
 namespace {
 
 using solvertest::FakeCmp;
 
-// Devices from circuit text through the component collection, with test
-// resistors and sources around them, in one run list. Nodes are numbered
-// 1, 2, ... without gaps, so that they keep their numbers.
-class Bench {
- public:
-  void Load(const std::string& elements) {
-    CXmlNode root("Cmps");
-    ASSERT_EQ(root.LoadFromText("<Cmps>" + elements + "</Cmps>"), 0);
-    ASSERT_TRUE(cmps.Serialize(&root));
-    cmps.UpdateFormulas();
+struct Bench : devtest::SolverBench {
+  CElemD& D(const std::string& name) { return Get<CElemD>(name); }
+
+  // The device between ground and node 2, fed from V1 (node 1, *v) through
+  // 1 kOhm.
+  bool Series(const std::string& elements, const double* v) {
+    Load(elements);
+    Source("V1", 0, 1, v);
+    Resistor("R1", 1, 2, 1000.0);
+    return Build();
   }
-
-  FakeCmp& Add(const std::string& name, std::vector<int32_t> nodes, int32_t rows) {
-    auto part = std::make_unique<FakeCmp>(name, std::move(nodes), rows);
-    FakeCmp& ref = *part;
-    cmps.Add(std::move(part));
-    return ref;
-  }
-
-  FakeCmp& Resistor(const std::string& name, int32_t a, int32_t b, double R) {
-    FakeCmp& r = Add(name, {a, b}, 0);
-    r.onStamp = [&r, R](CCalc& calc, int phase, double) {
-      if (phase == STAMP_MATRIX && calc.pass == 0) calc.StampConductance(r.pins[0], r.pins[1], R);
-      return 0;
-    };
-    return r;
-  }
-
-  // V(b) - V(a) = *level, read at every stamp.
-  FakeCmp& Source(const std::string& name, int32_t a, int32_t b, const double* level) {
-    FakeCmp& src = Add(name, {a, b}, 1);
-    src.onStamp = [&src, level](CCalc& calc, int phase, double) {
-      const int r = src.firstRow;
-      if (phase == STAMP_MATRIX && calc.pass == 0) {
-        calc.StampVSource(src.pins[0], src.pins[1], r, 0.0);
-        calc.rowMark[static_cast<size_t>(r)] = 1;
-      }
-      if (phase == STAMP_SOURCE) calc.s[static_cast<size_t>(r)] = -*level;
-      return 0;
-    };
-    return src;
-  }
-
-  bool Build() {
-    if (calc.AddComponents(cmps) != 0) return false;
-    calc.MergeNodes();
-    calc.NumberNodes();
-    return calc.AllocateSystem();
-  }
-
-  CElemD& D(const std::string& name) {
-    auto* d = dynamic_cast<CElemD*>(cmps.Find(name));
-    EXPECT_NE(d, nullptr) << name;
-    return *d;
-  }
-  double X(int i) const { return calc.x[static_cast<size_t>(i)]; }
-  double I(const CCmp& cmp, int extra = 0) const { return X(cmp.firstRow + extra); }
-  double Vd(const CCmp& cmp) const { return X(cmp.pins[1]) - (cmp.pins[0] > 0 ? X(cmp.pins[0]) : 0.0); }
-
-  // The operating point with the present states and sub-states.
-  int Solve() { return calc.Calculate(0.0, 1e-6, false, false); }
-
-  // The sub-states follow the solution, as after an accepted point; true
-  // when any changed.
-  bool Post() {
-    bool any = false;
-    for (const auto& cmp : cmps.list) {
-      bool changed = false;
-      EXPECT_TRUE(cmp->PostStep(calc, true, 0.0, changed));
-      any = any || changed;
-    }
-    return any;
-  }
-
-  // One backward Euler step through the switching loop, then acceptance
-  // and the sub-states.
-  void Step(double& t, double h) {
-    ASSERT_EQ(calc.Calculate(t, h, true, false), 0) << calc.error;
-    t += h;
-    calc.AcceptAll();
-    Post();
-  }
-
-  CCmps cmps;
-  CCalc calc;
 };
 
 std::string Diode(const std::string& tag, const std::string& name, const std::string& model, int a, int b,
@@ -116,116 +37,63 @@ std::string Diode(const std::string& tag, const std::string& name, const std::st
 
 // ---------------------------------------------------------------- the clamp
 
-TEST(DiodeClamp, ConductsForwardAtItsDropAndBlocksBackwards) {
-  Bench bench;
-  double v = 5.0;
-  bench.Load(Diode("D_D", "D1", "Diode", 0, 2, "vd=\"0.7\""));
-  bench.Source("V1", 0, 1, &v);
-  bench.Resistor("R1", 1, 2, 1000.0);
-  ASSERT_TRUE(bench.Build());
-  CElemD& d = bench.D("D1");
-  EXPECT_EQ(d.state, 0);
-  ASSERT_EQ(bench.Solve(), 0) << bench.calc.error;
-  EXPECT_EQ(d.state, 1);
-  EXPECT_TRUE(d.switched);
-  EXPECT_EQ(bench.calc.cause, " switching triggered by D1");
-  EXPECT_NEAR(bench.X(2), 0.7, 1e-12);
-  EXPECT_NEAR(bench.I(d), 4.3e-3, 1e-15);
-
-  v = -5.0;
-  ASSERT_EQ(bench.Solve(), 0) << bench.calc.error;
-  EXPECT_EQ(d.state, 0);
-  EXPECT_NEAR(bench.X(2), -5.0, 1e-12);
-  EXPECT_EQ(bench.I(d), 0.0);
-
-  // Below the drop it stays off.
-  v = 0.5;
-  ASSERT_EQ(bench.Solve(), 0);
-  EXPECT_EQ(d.state, 0);
-  EXPECT_NEAR(bench.X(2), 0.5, 1e-12);
-  int low = 5, high = -5;
-  EXPECT_TRUE(d.GetStateRange(low, high));
-  EXPECT_EQ(low, 0);
-  EXPECT_EQ(high, 1);
+// Each device solved at a series of supply voltages: the state it takes,
+// the voltage it holds and the current through it (1 kOhm from the supply).
+TEST(DiodeClamp, EachKneeClampsAndBetweenThemItIsOff) {
+  struct Point {
+    double v, node2;
+    int state;
+  };
+  const struct {
+    std::string element;
+    int startState, low, high;
+    std::vector<Point> points;
+  } kCases[] = {
+      {Diode("D_D", "D1", "Diode", 0, 2, "vd=\"0.7\""), 0, 0, 1,
+       {{5.0, 0.7, 1}, {-5.0, -5.0, 0}, {0.5, 0.5, 0}}},
+      // An infinite drop refuses even to start on.
+      {Diode("D_D", "D1", "Diode", 0, 2, "vd=\"inf\" ic=\"1\""), 0, 0, 1, {{100.0, 100.0, 0}}},
+      {Diode("D_Z", "D1", "Zener", 0, 2, "v=\"5.1\" vd=\"0.6\""), 0, -1, 1,
+       {{10.0, 0.6, 1}, {-10.0, -5.1, -1}, {-3.0, -3.0, 0}}},
+      {Diode("D_ZS", "D1", "Zener", 0, 2, "v=\"3.3\""), 0, -1, 1,
+       {{10.0, 3.3, 1}, {-10.0, -3.3, -1}, {2.0, 2.0, 0}}},
+  };
+  for (const auto& c : kCases) {
+    SCOPED_TRACE(c.element);
+    Bench bench;
+    double v = 0.0;
+    ASSERT_TRUE(bench.Series(c.element, &v));
+    CElemD& d = bench.D("D1");
+    EXPECT_EQ(d.state, c.startState);
+    for (const Point& p : c.points) {
+      SCOPED_TRACE(p.v);
+      v = p.v;
+      ASSERT_EQ(bench.Solve(), 0) << bench.calc.error;
+      EXPECT_EQ(d.state, p.state);
+      EXPECT_NEAR(bench.X(2), p.node2, 1e-12);
+      EXPECT_NEAR(bench.I(d), p.state == 0 ? 0.0 : (p.v - p.node2) / 1000.0, 1e-15);
+    }
+    int low = 5, high = -5;
+    EXPECT_TRUE(d.GetStateRange(low, high));
+    EXPECT_EQ(low, c.low);
+    EXPECT_EQ(high, c.high);
+  }
 }
 
-TEST(DiodeClamp, InfiniteDropNeverConducts) {
-  Bench bench;
-  double v = 100.0;
-  bench.Load(Diode("D_D", "D1", "Diode", 0, 2, "vd=\"inf\" ic=\"1\""));
-  bench.Source("V1", 0, 1, &v);
-  bench.Resistor("R1", 1, 2, 1000.0);
-  ASSERT_TRUE(bench.Build());
-  CElemD& d = bench.D("D1");
-  ASSERT_TRUE(std::isinf(d.Vd.Value));
-  EXPECT_EQ(d.state, 0);  // on at the start is refused
-  ASSERT_EQ(bench.Solve(), 0);
-  EXPECT_EQ(d.state, 0);
-  EXPECT_NEAR(bench.X(2), 100.0, 1e-12);
-}
-
-TEST(DiodeClamp, StartsOnFromItsInitialCondition) {
-  Bench bench;
-  double v = 5.0;
-  bench.Load(Diode("D_D", "D1", "Diode", 0, 2, "vd=\"0.7\" ic=\"1\""));
-  bench.Source("V1", 0, 1, &v);
-  bench.Resistor("R1", 1, 2, 1000.0);
-  ASSERT_TRUE(bench.Build());
-  CElemD& d = bench.D("D1");
-  EXPECT_EQ(d.state, 1);
-  ASSERT_EQ(bench.Solve(), 0);
-  EXPECT_FALSE(d.switched);
-  EXPECT_NEAR(bench.I(d), 4.3e-3, 1e-15);
-}
-
-TEST(DiodeZener, ClampsAtTheDropForwardAndAtTheZenerVoltageBackwards) {
-  Bench bench;
-  double v = 10.0;
-  bench.Load(Diode("D_Z", "Z1", "Zener", 0, 2, "v=\"5.1\" vd=\"0.6\""));
-  bench.Source("V1", 0, 1, &v);
-  bench.Resistor("R1", 1, 2, 1000.0);
-  ASSERT_TRUE(bench.Build());
-  CElemD& z = bench.D("Z1");
-  EXPECT_EQ(z.state, 0);  // "Off"
-  ASSERT_EQ(bench.Solve(), 0);
-  EXPECT_EQ(z.state, 1);
-  EXPECT_NEAR(bench.X(2), 0.6, 1e-12);
-
-  v = -10.0;
-  ASSERT_EQ(bench.Solve(), 0);
-  EXPECT_EQ(z.state, -1);
-  EXPECT_NEAR(bench.X(2), -5.1, 1e-12);
-  EXPECT_NEAR(bench.I(z), -4.9e-3, 1e-15);
-
-  v = -3.0;  // between the two knees: off
-  ASSERT_EQ(bench.Solve(), 0);
-  EXPECT_EQ(z.state, 0);
-  EXPECT_NEAR(bench.X(2), -3.0, 1e-12);
-
-  int low = 0, high = 0;
-  EXPECT_TRUE(z.GetStateRange(low, high));
-  EXPECT_EQ(low, -1);
-  EXPECT_EQ(high, 1);
-}
-
-TEST(DiodeZener, BidirectionalClampsAtTheZenerVoltageBothWays) {
-  Bench bench;
-  double v = 10.0;
-  bench.Load(Diode("D_ZS", "Z1", "Zener", 0, 2, "v=\"3.3\""));
-  bench.Source("V1", 0, 1, &v);
-  bench.Resistor("R1", 1, 2, 1000.0);
-  ASSERT_TRUE(bench.Build());
-  CElemD& z = bench.D("Z1");
-  ASSERT_EQ(bench.Solve(), 0);
-  EXPECT_EQ(z.state, 1);
-  EXPECT_NEAR(bench.X(2), 3.3, 1e-12);
-  v = -10.0;
-  ASSERT_EQ(bench.Solve(), 0);
-  EXPECT_EQ(z.state, -1);
-  EXPECT_NEAR(bench.X(2), -3.3, 1e-12);
-  v = 2.0;
-  ASSERT_EQ(bench.Solve(), 0);
-  EXPECT_EQ(z.state, 0);
+TEST(DiodeClamp, SwitchingNamesItsCauseAndAnOnStartNeedsNone) {
+  for (const bool on : {false, true}) {
+    Bench bench;
+    double v = 5.0;
+    ASSERT_TRUE(bench.Series(Diode("D_D", "D1", "Diode", 0, 2, on ? "vd=\"0.7\" ic=\"1\"" : "vd=\"0.7\""), &v));
+    CElemD& d = bench.D("D1");
+    EXPECT_EQ(d.state, on ? 1 : 0);
+    ASSERT_EQ(bench.Solve(), 0);
+    EXPECT_EQ(d.switched, !on);
+    if (!on) {
+      EXPECT_EQ(bench.calc.cause, " switching triggered by D1");
+    }
+    EXPECT_NEAR(bench.I(d), 4.3e-3, 1e-15);
+  }
 }
 
 TEST(DiodeZener, StartStatesFromTheEnumeratedCondition) {
@@ -499,10 +367,7 @@ TEST(DiodeStorage, ChargeFollowsTheCurrentAndLetsTheDiodeConductBackwards) {
   // backwards until the charge is gone, then blocks.
   Bench bench;
   double v = 10.7;
-  bench.Load(Diode("D_D", "D1", "Storage", 0, 2, "vd=\"0.7\" t=\"1e-6\""));
-  bench.Source("V1", 0, 1, &v);
-  bench.Resistor("R1", 1, 2, 1000.0);
-  ASSERT_TRUE(bench.Build());
+  ASSERT_TRUE(bench.Series(Diode("D_D", "D1", "Storage", 0, 2, "vd=\"0.7\" t=\"1e-6\""), &v));
   CElemD& d = bench.D("D1");
   ASSERT_EQ(d.GetExtraRows(), 2);
   ASSERT_EQ(bench.Solve(), 0);  // the state form: the charge is held
@@ -543,11 +408,8 @@ TEST(DiodeStorage, ChargeFollowsTheCurrentAndLetsTheDiodeConductBackwards) {
 TEST(DiodeStorage, InitialChargeAndItsSavedText) {
   Bench bench;
   double v = 0.0;
-  bench.Load(Diode("D_D", "D1", "Storage", 0, 2, "vd=\"0.7\" t=\"1e-6\" ic=\"1\" icq=\"5e-9\"") +
-             Diode("D_D", "D2", "Storage", 0, 2, "vd=\"0.7\" t=\"0\" ic=\"1\" icq=\"5e-9\""));
-  bench.Source("V1", 0, 1, &v);
-  bench.Resistor("R1", 1, 2, 1000.0);
-  ASSERT_TRUE(bench.Build());
+  ASSERT_TRUE(bench.Series(Diode("D_D", "D1", "Storage", 0, 2, "vd=\"0.7\" t=\"1e-6\" ic=\"1\" icq=\"5e-9\"") +
+             Diode("D_D", "D2", "Storage", 0, 2, "vd=\"0.7\" t=\"0\" ic=\"1\" icq=\"5e-9\""), &v));
   CElemD& d = bench.D("D1");
   EXPECT_EQ(d.state, 1);
   EXPECT_DOUBLE_EQ(d.charge, 5e-9);
@@ -572,10 +434,7 @@ TEST(DiodeStorage, InitialChargeAndItsSavedText) {
 TEST(DiodeSoft, WithoutStorageTimeItIsAPlainDiodeWithAnIdleRow) {
   Bench bench;
   double v = 5.0;
-  bench.Load(Diode("D_D", "D1", "Soft", 0, 2, "vd=\"0.7\""));
-  bench.Source("V1", 0, 1, &v);
-  bench.Resistor("R1", 1, 2, 1000.0);
-  ASSERT_TRUE(bench.Build());
+  ASSERT_TRUE(bench.Series(Diode("D_D", "D1", "Soft", 0, 2, "vd=\"0.7\""), &v));
   CElemD& d = bench.D("D1");
   ASSERT_EQ(bench.Solve(), 0);
   EXPECT_EQ(d.state, 1);
@@ -596,10 +455,7 @@ TEST(DiodeSoft, ReverseRecoveryRunsThroughBothPhases) {
   // current follows -q/ts down until the charge is gone.
   Bench bench;
   double v = 10.7;
-  bench.Load(Diode("D_D", "D1", "Soft", 0, 2, "vd=\"0.7\" t=\"1e-6\" ts=\"1e-7\""));
-  bench.Source("V1", 0, 1, &v);
-  bench.Resistor("R1", 1, 2, 1000.0);
-  ASSERT_TRUE(bench.Build());
+  ASSERT_TRUE(bench.Series(Diode("D_D", "D1", "Soft", 0, 2, "vd=\"0.7\" t=\"1e-6\" ts=\"1e-7\""), &v));
   CElemD& d = bench.D("D1");
   ASSERT_EQ(bench.Solve(), 0);
   ASSERT_EQ(d.state, 1);
@@ -641,10 +497,7 @@ TEST(DiodeSoft, ReverseRecoveryRunsThroughBothPhases) {
 TEST(DiodeSoft, TestPassClearsThePhase) {
   Bench bench;
   double v = 0.0;
-  bench.Load(Diode("D_D", "D1", "Soft", 0, 2, "vd=\"0.7\" t=\"1e-6\" ts=\"1e-7\""));
-  bench.Source("V1", 0, 1, &v);
-  bench.Resistor("R1", 1, 2, 1000.0);
-  ASSERT_TRUE(bench.Build());
+  ASSERT_TRUE(bench.Series(Diode("D_D", "D1", "Soft", 0, 2, "vd=\"0.7\" t=\"1e-6\" ts=\"1e-7\""), &v));
   CElemD& d = bench.D("D1");
   ASSERT_EQ(bench.Solve(), 0);
   d.phase = 1;

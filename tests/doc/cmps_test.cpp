@@ -69,25 +69,19 @@ std::vector<std::string> Sorted(const std::vector<std::string>& names) {
   return Names(cmps);
 }
 
-TEST(CmpsOrder, NumbersBehindTheFirstLetterCount) {
-  EXPECT_EQ((Sorted({"R10", "R2", "C1", "X1", "R1"})),
-            (std::vector<std::string>{"C1", "R1", "R2", "R10", "X1"}));
-}
-
-TEST(CmpsOrder, FirstCharacterIsCaseSensitive) {
-  EXPECT_EQ((Sorted({"r1", "R2"})), (std::vector<std::string>{"R2", "r1"}));
-}
-
-TEST(CmpsOrder, WholeNamesWithoutNumbers) {
-  EXPECT_EQ((Sorted({"Ra", "R1"})), (std::vector<std::string>{"R1", "Ra"}));
-  EXPECT_EQ((Sorted({"Rb", "RA", "R"})), (std::vector<std::string>{"RA", "Rb", "R"}))
-      << "a one-character name compares equal to any of its first letter";
-  EXPECT_EQ((Sorted({"Rc", "rB", "RA"})), (std::vector<std::string>{"RA", "Rc", "rB"}));
-}
-
-TEST(CmpsOrder, EqualNumbersKeepFileOrder) {
-  EXPECT_EQ((Sorted({"R1b", "R1a", "R01", "C5"})),
-            (std::vector<std::string>{"C5", "R1b", "R1a", "R01"}));
+TEST(CmpsOrder, NamesSortByFirstLetterThenNumberThenWholeName) {
+  using NameList = std::vector<std::string>;
+  const std::pair<NameList, NameList> cases[] = {
+      {{"R10", "R2", "C1", "X1", "R1"}, {"C1", "R1", "R2", "R10", "X1"}},  // numbers behind the letter count
+      {{"r1", "R2"}, {"R2", "r1"}},                                        // the first character by case
+      {{"Ra", "R1"}, {"R1", "Ra"}},
+      // A one-character name compares equal to any of its first letter.
+      {{"Rb", "RA", "R"}, {"RA", "Rb", "R"}},
+      {{"Rc", "rB", "RA"}, {"RA", "Rc", "rB"}},
+      {{"R1b", "R1a", "R01", "C5"}, {"C5", "R1b", "R1a", "R01"}},  // equal numbers keep file order
+      {{"X3", "X2", "X1", "C3", "C2", "C1", "A1"}, {"A1", "C1", "C2", "C3", "X1", "X2", "X3"}},
+  };
+  for (const auto& [names, sorted] : cases) EXPECT_EQ(Sorted(names), sorted) << names[0];
 }
 
 TEST(CmpsOrder, LabelsThenVariablesGoLast) {
@@ -109,11 +103,6 @@ TEST(CmpsOrder, SingleComponentIsNotCompared) {
   cmps.Add(Named("C1"));
   cmps.Sort();
   EXPECT_EQ(Names(cmps), (std::vector<std::string>{"C1", "R1"}));
-}
-
-TEST(CmpsOrder, LongerListsSortCompletely) {
-  EXPECT_EQ((Sorted({"X3", "X2", "X1", "C3", "C2", "C1", "A1"})),
-            (std::vector<std::string>{"A1", "C1", "C2", "C3", "X1", "X2", "X3"}));
 }
 
 TEST(CmpsFind, NamesIgnoreCaseAndFirstMatchWins) {
@@ -311,27 +300,27 @@ TEST(CmpsAssign, ReadsAndSetsByText) {
 TEST(CmpsAssign, Failures) {
   CCmps cmps;
   cmps.Add(MakeTestCmp("R1"));
-  std::string result;
-  bool ok = true;
-  EXPECT_EQ(cmps.Assign(20, "Q1.R", "1", result, ok), nullptr);
-  EXPECT_FALSE(ok);
-  EXPECT_EQ(result, "Q1.R not found");
-  ok = true;
-  EXPECT_EQ(cmps.Assign(20, ".R", "1", result, ok), nullptr);
-  EXPECT_FALSE(ok);
-  EXPECT_EQ(result, ".R not found");
-  ok = true;
-  EXPECT_NE(cmps.Assign(20, "R1.Q", "1", result, ok), nullptr);
-  EXPECT_FALSE(ok);
-  EXPECT_EQ(result, "Q not found");
-  ok = true;
-  cmps.Assign(20, "R1.R", "1+nothing", result, ok);
-  EXPECT_FALSE(ok);
-  EXPECT_EQ(result.rfind("Error : ", 0), 0u) << result;
-  ok = true;
-  cmps.Assign(20, "R1.Active", "maybe", result, ok);
-  EXPECT_FALSE(ok);
-  EXPECT_EQ(result.rfind("Error : ", 0), 0u) << result;
+  struct Case {
+    const char* path;
+    const char* text;
+    bool found;          // the component is returned
+    const char* result;  // the whole text, or its start
+  };
+  const Case cases[] = {
+      {"Q1.R", "1", false, "Q1.R not found"}, {".R", "1", false, ".R not found"},
+      {"R1.Q", "1", true, "Q not found"},     {"R1.R", "1+nothing", true, "Error : "},
+      {"R1.Active", "maybe", true, "Error : "},
+  };
+  for (const Case& c : cases) {
+    std::string result;
+    bool ok = true;
+    EXPECT_EQ(cmps.Assign(20, c.path, c.text, result, ok) != nullptr, c.found) << c.path;
+    EXPECT_FALSE(ok) << c.path;
+    EXPECT_EQ(result.rfind(c.result, 0), 0u) << result;
+    if (std::string(c.result) != "Error : ") {
+      EXPECT_EQ(result, c.result);
+    }
+  }
 }
 
 TEST(CmpsCheck, OnlyConnectedComponentsAreCheckedAndAllOfThem) {

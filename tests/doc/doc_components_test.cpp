@@ -1,5 +1,5 @@
 // CDoc with real components: loading the component list, formulas after the
-// load, saving the list back, the stored data, and component errors.
+// load, saving the list back, and component errors.
 #include <gtest/gtest.h>
 
 #include <cstring>
@@ -8,9 +8,9 @@
 #include "api/last_error.h"
 #include "components/param_ops.h"
 #include "doc/doc.h"
+#include "results/trace.h"
 #include "solver/calc.h"
 #include "temp_files.h"
-#include "results/trace.h"
 
 using tz4::CDoc;
 using tz4::CParam;
@@ -113,48 +113,6 @@ TEST(DocComponents, SaveRewritesTheComponentsInCollectionOrder) {
   const std::string third = dir.File("third.tz4");
   ASSERT_TRUE(back.Save(third));
   EXPECT_EQ(ReadFile(third), ReadFile(first));
-}
-
-TEST(DocComponents, UnknownTypeFileSavesWhatItHolds) {
-  TempDir dir("doccmpunknown");
-  CDoc doc;
-  ASSERT_TRUE(doc.Load(DataFile("unknown_type.tz4")));
-  ASSERT_TRUE(doc.Save(dir.File("saved.tz4")));
-  const std::string text = ReadFile(dir.File("saved.tz4"));
-  EXPECT_EQ(text.find("Q_Nothing"), std::string::npos);
-  EXPECT_EQ(text.find("C1"), std::string::npos);
-  CDoc back;
-  ASSERT_TRUE(back.Load(dir.File("saved.tz4")));
-  EXPECT_EQ(Names(back), "R1;R2;");
-}
-
-TEST(DocComponents, SaveWithDataWritesTheSamples) {
-  TempDir dir("doccmpdata");
-  std::string text = ReadFile(DataFile("values_circuit.tz4"));
-  text.replace(text.find("save=\"0\""), std::strlen("save=\"0\""), "save=\"2\"");
-  WriteFile(dir.File("in.tz4"), text);
-  CDoc doc;
-  ASSERT_TRUE(doc.Load(dir.File("in.tz4")));
-  doc.traces[0]->data.Add(0.0, 1.0);
-  doc.traces[0]->data.Add(1.0, 2.0);
-  doc.traces[1]->data.Add(0.0, 7.0);
-  const std::string path = dir.File("out.tz4");
-  ASSERT_TRUE(doc.Save(path));
-
-  const std::string saved = ReadFile(path);
-  const size_t zero = saved.find('\0');
-  ASSERT_NE(zero, std::string::npos);
-  EXPECT_EQ(saved.size() - zero - 1, 3 * 16u);  // three samples of 16 bytes
-  double record[2];
-  std::memcpy(record, saved.data() + zero + 1 + 16, sizeof record);
-  EXPECT_EQ(record[0], 1.0);
-  EXPECT_EQ(record[1], 2.0);
-  std::memcpy(record, saved.data() + zero + 1 + 32, sizeof record);
-  EXPECT_EQ(record[1], 7.0);
-
-  CXmlNode* traces = doc.xml->FindChild("Doc")->FindChild("Tran")->FindChild("Traces");
-  EXPECT_EQ(traces->GetChild(0)->FindChild("DataList")->FindChild("Data")->GetAttribute("size"), "2");
-  EXPECT_EQ(traces->GetChild(1)->FindChild("DataList")->FindChild("Data")->GetAttribute("size"), "1");
 }
 
 TEST(DocComponents, HostNumbersAndErrors) {

@@ -1,6 +1,8 @@
 // Helpers for the evaluator tests: a context with a few named values and a
 // simulation with a small solution vector.
 #pragma once
+#include <gtest/gtest.h>
+
 #include <map>
 #include <string>
 #include <vector>
@@ -8,8 +10,10 @@
 #include "expr/context.h"
 #include "expr/evaluate.h"
 #include "expr/formula.h"
+#include "expr/numtext.h"
 #include "expr/raise.h"
 #include "expr/text.h"
+#include "expr/value.h"
 
 namespace tz4 {
 namespace testing_expr {
@@ -97,7 +101,83 @@ inline std::string EvalError(const std::string& text, CEvalContext* context = nu
   return "<no error>";
 }
 
+// ParseNumber on its own, and the text of its failure ("<no error>" if none).
+inline TValue Parse(const std::string& text, bool allowPrefix = false) {
+  TValue v;
+  ParseNumber(text, v, allowPrefix);
+  return v;
+}
+
+inline std::string ParseError(const std::string& text, bool allowPrefix = false) {
+  try {
+    Parse(text, allowPrefix);
+  } catch (const RaisedError& e) {
+    return e.Text();
+  }
+  return "<no error>";
+}
+
 inline double D(const std::string& text) { return EvaluateExpression(text, nullptr, nullptr, nullptr, nullptr, false); }
+
+// Table checks: each case is traced by its text.
+struct ValueCase {
+  std::string text;
+  double value;
+  double tolerance = 0;  // 0: equal within a few units in the last place
+};
+
+struct TypedCase {
+  std::string text;
+  int type;
+  double value;  // the result converted to a double
+};
+
+struct ErrorCase {
+  std::string text;
+  std::string error;
+};
+
+inline void ExpectValues(const std::vector<ValueCase>& cases) {
+  for (const ValueCase& c : cases) {
+    SCOPED_TRACE(c.text.substr(0, 60));
+    double got = 0;
+    try {
+      got = D(c.text);
+    } catch (const RaisedError& e) {
+      ADD_FAILURE() << e.Text();
+      continue;
+    }
+    if (c.tolerance > 0) {
+      EXPECT_NEAR(got, c.value, c.tolerance);
+    } else {
+      EXPECT_DOUBLE_EQ(got, c.value);
+    }
+  }
+}
+
+inline void ExpectTyped(const std::vector<TypedCase>& cases, CVarList* vars = nullptr, bool integer = false) {
+  for (const TypedCase& c : cases) {
+    SCOPED_TRACE(c.text);
+    TValue v;
+    try {
+      v = Eval(c.text, nullptr, vars, nullptr, integer);
+    } catch (const RaisedError& e) {
+      ADD_FAILURE() << e.Text();
+      continue;
+    }
+    EXPECT_EQ(v.Type, c.type);
+    ConvertValue(v, VT_DOUBLE);
+    EXPECT_EQ(v.Dbl, c.value);
+  }
+}
+
+inline void ExpectErrors(const std::vector<ErrorCase>& cases, CEvalContext* context = nullptr,
+                         CVarList* vars = nullptr, CEvalSimulation* sim = nullptr, bool integer = false) {
+  for (const ErrorCase& c : cases) {
+    SCOPED_TRACE(c.text.substr(0, 60));
+    EXPECT_EQ(EvalError(c.text, context, vars, sim, integer), c.error);
+  }
+}
 
 }  // namespace testing_expr
 }  // namespace tz4

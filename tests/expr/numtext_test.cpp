@@ -1,9 +1,13 @@
+// Number text: suffixes and exponents, prefixes and integer widths, the
+// length limit, formatting with its carries, and the double helpers.
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <limits>
 #include <string>
+#include <vector>
 
+#include "eval_helpers.h"
 #include "expr/numtext.h"
 #include "expr/raise.h"
 #include "expr/value.h"
@@ -11,164 +15,102 @@
 namespace tz4 {
 namespace {
 
-TValue Parse(const std::string& text, bool allowPrefix = false) {
-  TValue v;
-  ParseNumber(text, v, allowPrefix);
-  return v;
-}
+using testing_expr::Parse;
+using testing_expr::ParseError;
 
-std::string ParseError(const std::string& text, bool allowPrefix = false) {
-  try {
-    Parse(text, allowPrefix);
-  } catch (const RaisedError& e) {
-    return e.Text();
+const double kInf = std::numeric_limits<double>::infinity();
+
+TEST(ParseNumber, SuffixesExponentsAndUnitLetters) {
+  struct Case {
+    const char* text;
+    double value;
+  };
+  const std::vector<Case> cases = {
+      {"1k5", 1500},      {"1.5k", 1500},   {"2.2u", 2.2e-6},  {"1MEG", 1e6},     {"1mg", 1e6},
+      {"1mk", 1e-6},      {"1mG", 1e-3},    {"1m", 1e-3},      {"1G", 1e9},       {"1g", 1},
+      {"1t", 1},          {"1T", 1e12},     {"3n", 3e-9},      {"3p", 3e-12},     {"3f", 3e-15},
+      {"4R7", 4.7},       {"4R7Ohm", 4.7},  {"10uF", 10e-6},   {"-2K", -2000},    {"5Ohm", 5},
+      {"1e3k", 1000},     {"1k5e2", 150},   {"1.5kx7", 1500},  {"1k5e", 1500},    {"2.5ke", 2500},
+      {"1k5e-3", 1.5e-3}, {"1.5e", 1.5},    {"1e 3", 1000},    {"1Ve3", 1.3},     {"k5", 500},
+      {"0x10", 0.1},      {"1e-100", 0.0},  {"1e-99", 1e-99},  {"1e400", kInf},   {"1e99999999999", kInf},
+      {"inf", kInf},      {"iNF", kInf},    {"-inf", -kInf},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.text);
+    EXPECT_DOUBLE_EQ(TextToDouble(c.text), c.value);
   }
-  return "<no error>";
+  EXPECT_EQ(Parse("1.5e").Type, VT_DOUBLE);
+  EXPECT_NEAR(TextToDouble("10dB"), 3.16227766016838, 1e-12);
+  EXPECT_NEAR(TextToDouble("-20dB"), 0.1, 1e-15);
 }
 
-TEST(FormatNumber, EngineeringExponents) {
-  EXPECT_EQ(FormatNumber(0.001), "1e-3");
-  EXPECT_EQ(FormatNumber(999.9999999999999), "1e+3");
-  EXPECT_EQ(FormatNumber(-999.9999999999999), "-1e+3");
-  EXPECT_EQ(FormatNumber(1234.5), "1.2345e+3");
-  EXPECT_EQ(FormatNumber(0), "0");
-  EXPECT_EQ(FormatNumber(100), "100");
-  EXPECT_EQ(FormatNumber(1000), "1e+3");
-  EXPECT_EQ(FormatNumber(2.2e6), "2.2e+6");
-  EXPECT_EQ(FormatNumber(0.0015), "1.5e-3");
-  EXPECT_EQ(FormatNumber(-47e-12), "-47e-12");
-  EXPECT_EQ(FormatNumber(1.0 / 3.0), "333.333333333e-3");
-  EXPECT_EQ(FormatNumber(1.0 / 3.0, 3), "333e-3");
-  EXPECT_EQ(FormatNumber(0.5), "500e-3");
-}
-
-TEST(FormatNumber, SpecialValues) {
-  EXPECT_EQ(FormatNumber(std::nan("")), "");
-  EXPECT_EQ(FormatNumber(std::numeric_limits<double>::infinity()), "inf");
-  EXPECT_EQ(FormatNumber(-std::numeric_limits<double>::infinity()), "-inf");
-  // Extremes terminate and read back.
-  EXPECT_EQ(CompareDouble(PlainTextToDouble(FormatNumber(1e308)), 1e308), 0);
-  EXPECT_FALSE(FormatNumber(std::numeric_limits<double>::denorm_min()).empty());
-  EXPECT_FALSE(FormatNumber(std::numeric_limits<double>::max()).empty());
-}
-
-TEST(FormatNumber, RoundTripThroughTextToDouble) {
-  for (double x : {1.0, -2.5, 3.3e-9, 4.7e12, 123456789012.0, 1e-99})
-    EXPECT_EQ(CompareDouble(TextToDouble(FormatNumber(x)), x), 0) << x;
-}
-
-TEST(PlainTextToDouble, Reads) {
-  EXPECT_DOUBLE_EQ(PlainTextToDouble("  12.5 "), 12.5);
-  EXPECT_DOUBLE_EQ(PlainTextToDouble("-1.5e-3"), -1.5e-3);
-  EXPECT_DOUBLE_EQ(PlainTextToDouble("+2E+2"), 200);
-  EXPECT_DOUBLE_EQ(PlainTextToDouble("3k"), 3);  // no suffixes
-  EXPECT_DOUBLE_EQ(PlainTextToDouble("1.2.3"), 1.2);
-  EXPECT_DOUBLE_EQ(PlainTextToDouble(""), 0);
-  EXPECT_DOUBLE_EQ(PlainTextToDouble("abc"), 0);
-  EXPECT_TRUE(std::isinf(PlainTextToDouble("inf")));
-  EXPECT_EQ(PlainTextToDouble("-ixyz"), -std::numeric_limits<double>::infinity());
-  EXPECT_EQ(PlainTextToDouble("1e999999999"), std::numeric_limits<double>::infinity());
-  EXPECT_EQ(PlainTextToDouble("1e-999999999"), 0.0);
-}
-
-TEST(ParseNumber, Suffixes) {
-  EXPECT_DOUBLE_EQ(TextToDouble("1k5"), 1500);
-  EXPECT_DOUBLE_EQ(TextToDouble("1.5k"), 1500);
-  EXPECT_DOUBLE_EQ(TextToDouble("2.2u"), 2.2e-6);
-  EXPECT_NEAR(TextToDouble("10dB"), 3.16227766, 1e-8);
-  EXPECT_DOUBLE_EQ(TextToDouble("1MEG"), 1e6);
-  EXPECT_DOUBLE_EQ(TextToDouble("1mg"), 1e6);
-  EXPECT_DOUBLE_EQ(TextToDouble("1mk"), 1e-6);
-  EXPECT_DOUBLE_EQ(TextToDouble("1m"), 1e-3);
-  EXPECT_DOUBLE_EQ(TextToDouble("1G"), 1e9);
-  EXPECT_DOUBLE_EQ(TextToDouble("1g"), 1);
-  EXPECT_DOUBLE_EQ(TextToDouble("4R7"), 4.7);
-  EXPECT_DOUBLE_EQ(TextToDouble("10uF"), 10e-6);
-  EXPECT_DOUBLE_EQ(TextToDouble("1T"), 1e12);
-  EXPECT_DOUBLE_EQ(TextToDouble("3n"), 3e-9);
-  EXPECT_DOUBLE_EQ(TextToDouble("3p"), 3e-12);
-  EXPECT_DOUBLE_EQ(TextToDouble("3f"), 3e-15);
-  EXPECT_DOUBLE_EQ(TextToDouble("-2K"), -2000);
-  EXPECT_DOUBLE_EQ(TextToDouble("5Ohm"), 5);
-  EXPECT_DOUBLE_EQ(TextToDouble("1e3k"), 1000);  // the exponent ends the number
-  EXPECT_DOUBLE_EQ(TextToDouble("1k5e2"), 150);  // and replaces a suffix
-  EXPECT_DOUBLE_EQ(TextToDouble("1.5kx7"), 1500);  // rest ignored after the fraction
-  EXPECT_EQ(TextToDouble("1e-100"), 0.0);
-  EXPECT_DOUBLE_EQ(TextToDouble("1e-99"), 1e-99);
-  EXPECT_EQ(TextToDouble("1e400"), std::numeric_limits<double>::infinity());
-  EXPECT_EQ(TextToDouble("1e99999999999"), std::numeric_limits<double>::infinity());
-}
-
-TEST(ParseNumber, Types) {
-  EXPECT_EQ(Parse("5i64").Type, VT_INT64);
-  EXPECT_EQ(Parse("5i64").I64, 5);
-  EXPECT_EQ(Parse("123").Type, VT_INT);
-  EXPECT_EQ(Parse("123").I32, 123);
+TEST(ParseNumber, TypesPrefixesAndIntegerWidths) {
+  struct Case {
+    const char* text;
+    bool prefix;
+    int type;
+    int64_t value;
+  };
+  const std::vector<Case> cases = {
+      {"123", false, VT_INT, 123}, {"0", false, VT_INT, 0}, {"5i64", false, VT_INT64, 5},
+      {"0i64", false, VT_INT64, 0}, {"-5i64", false, VT_INT64, -5},
+      {"4294967295", false, VT_INT, -1}, {"4294967296", false, VT_INT64, 4294967296LL},
+      {"-5", false, VT_INT, -5},
+      {"-4294967296", false, VT_INT64, -4294967296LL},  // low 32 bits of the negated value are zero
+      {"-4294967297", false, VT_INT, -1},               // otherwise only the low 32 bits remain
+      {"-2147483648", false, VT_INT, std::numeric_limits<int32_t>::min()},
+      {"0x10", true, VT_INT, 16}, {"-0x10", true, VT_INT, -16}, {"0x", true, VT_INT, 0},
+      {"0xg1", true, VT_INT, 1},  // other characters are skipped
+      {"0x1_0", true, VT_INT, 16}, {"0xFFFFFFFF", true, VT_INT, -1},
+      {"0xFFFFFFFFFF", true, VT_INT64, 0xFFFFFFFFFFLL}, {"0b101", true, VT_INT, 5},
+      {"-0b101", true, VT_INT, -5}, {"0b", true, VT_INT, 0}, {"017", true, VT_INT, 15},
+      {"017", false, VT_INT, 17},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(std::string(c.text) + (c.prefix ? " (prefix)" : ""));
+    TValue v = Parse(c.text, c.prefix);
+    ASSERT_EQ(v.Type, c.type);
+    EXPECT_EQ(c.type == VT_INT ? v.I32 : v.I64, c.value);
+  }
   EXPECT_EQ(Parse("123.0").Type, VT_DOUBLE);
   EXPECT_EQ(Parse("1e3").Type, VT_DOUBLE);
-  EXPECT_EQ(Parse("1e3").Dbl, 1000.0);
-  TValue j = Parse("3j");
+  EXPECT_EQ(Parse("0.5", true).Dbl, 0.5);
+  TValue j = Parse("-2.5kj");
   EXPECT_EQ(j.Type, VT_COMPLEX);
   EXPECT_EQ(j.Dbl, 0.0);
-  EXPECT_EQ(j.Im, 3.0);
-  EXPECT_EQ(Parse("-2.5kj").Im, -2500.0);
-  EXPECT_EQ(Parse("inf").Dbl, std::numeric_limits<double>::infinity());
-  EXPECT_EQ(Parse("-iNF").Dbl, -std::numeric_limits<double>::infinity());
-  EXPECT_EQ(Parse("0").Type, VT_INT);
-  EXPECT_EQ(Parse("0i64").Type, VT_INT64);
-}
-
-TEST(ParseNumber, IntegerWidths) {
-  TValue v = Parse("4294967295");
-  EXPECT_EQ(v.Type, VT_INT);
-  EXPECT_EQ(v.I32, -1);
-  v = Parse("4294967296");
-  EXPECT_EQ(v.Type, VT_INT64);
-  EXPECT_EQ(v.I64, 4294967296LL);
-  v = Parse("-5");
-  EXPECT_EQ(v.Type, VT_INT);
-  EXPECT_EQ(v.I32, -5);
-  v = Parse("-4294967296");
-  EXPECT_EQ(v.Type, VT_INT64);
-  EXPECT_EQ(v.I64, -4294967296LL);
-  v = Parse("-4294967297");  // low 32 bits of the negated value
-  EXPECT_EQ(v.Type, VT_INT);
-  EXPECT_EQ(v.I32, -1);
-  v = Parse("-7i64");
-  EXPECT_EQ(v.Type, VT_INT64);
-  EXPECT_EQ(v.I64, -7);
-}
-
-TEST(ParseNumber, Prefixes) {
-  EXPECT_EQ(Parse("0x10", true).I32, 16);
-  EXPECT_EQ(Parse("0x10", true).Type, VT_INT);
-  EXPECT_DOUBLE_EQ(TextToDouble("0x10"), 0.1);  // "x" is a unit letter there
-  EXPECT_EQ(Parse("017", true).I32, 15);
-  EXPECT_EQ(Parse("017", false).I32, 17);
-  EXPECT_EQ(Parse("0b101", true).I32, 5);
-  EXPECT_EQ(Parse("0b", true).I32, 0);
-  EXPECT_EQ(Parse("0x", true).I32, 0);
-  EXPECT_EQ(Parse("-0x10", true).I32, -16);
-  EXPECT_EQ(Parse("0xFFFFFFFFFF", true).Type, VT_INT64);
-  EXPECT_EQ(Parse("0xFFFFFFFF", true).I32, -1);
-  EXPECT_EQ(Parse("0x1_0", true).I32, 16);  // other characters are skipped
+  EXPECT_EQ(j.Im, -2500.0);
+  EXPECT_DOUBLE_EQ(Parse("2.2uj").Im, 2.2e-6);
   EXPECT_EQ(ParseHexText("0xff"), 255u);
   EXPECT_EQ(ParseHexText("0x"), 0u);
-  EXPECT_EQ(Parse("0.5", true).Dbl, 0.5);
-  EXPECT_EQ(ParseError("09", true), "Syntax error: '09' is not a valid octal value");
-  EXPECT_EQ(ParseError("0b102", true), "Syntax error: '0b102' is not a valid binary value");
 }
 
 TEST(ParseNumber, Errors) {
-  EXPECT_EQ(ParseError(std::string(128, '1')), "Syntax error: number string is too long");
+  struct Case {
+    std::string text;
+    bool prefix;
+    const char* error;
+  };
+  const std::vector<Case> cases = {
+      {"abc", false, "Syntax error: abc"}, {"", false, "Syntax error: "},
+      {"1.2.3", false, "Syntax error: 1.2.3"}, {"1+2", false, "Syntax error: 1+2"},
+      {"-", false, "Syntax error: -"}, {".", false, "Syntax error: ."},
+      {"j", false, "Syntax error: j"}, {"V5", false, "Syntax error: V5"},
+      {"m", false, "Syntax error: m"}, {"1k.5", false, "Syntax error: 1k.5"},
+      {"1 k", false, "Syntax error: 1 k"}, {"Inf", false, "Syntax error: Inf"},
+      {"i64", false, "Syntax error: i64"},  // too short for the suffix
+      {"09", true, "Syntax error: '09' is not a valid octal value"},
+      {"00.5", true, "Syntax error: '00.5' is not a valid octal value"},
+      {"0b102", true, "Syntax error: '0b102' is not a valid binary value"},
+      // The length limit counts the untrimmed text.
+      {std::string(127, '1'), false, "<no error>"},
+      {std::string(128, '1'), false, "Syntax error: number string is too long"},
+      {" " + std::string(127, '1'), false, "Syntax error: number string is too long"},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.text);
+    EXPECT_EQ(ParseError(c.text, c.prefix), c.error);
+  }
   EXPECT_EQ(Parse(std::string(127, '1')).Type, VT_INT64);
-  EXPECT_EQ(ParseError("abc"), "Syntax error: abc");
-  EXPECT_EQ(ParseError(""), "Syntax error: ");
-  EXPECT_EQ(ParseError("1.2.3"), "Syntax error: 1.2.3");
-  EXPECT_EQ(ParseError("1+2"), "Syntax error: 1+2");
-  EXPECT_EQ(ParseError("-"), "Syntax error: -");
-  EXPECT_EQ(ParseError("."), "Syntax error: .");
-  EXPECT_EQ(ParseError("j"), "Syntax error: j");
 }
 
 TEST(ParseNumber, ArbitraryBytesNeverCrash) {
@@ -189,21 +131,60 @@ TEST(ParseNumber, ArbitraryBytesNeverCrash) {
   }
 }
 
-TEST(CompareDouble, Tolerance) {
+TEST(FormatNumber, EngineeringTextCarriesAndSpecialValues) {
+  struct Case {
+    double value;
+    int digits;
+    const char* text;
+  };
+  const std::vector<Case> cases = {
+      {0.001, 12, "1e-3"}, {999.9999999999999, 12, "1e+3"}, {-999.9999999999999, 12, "-1e+3"},
+      {0.00099999999999999999, 12, "1e-3"}, {1234.5, 12, "1.2345e+3"}, {0, 12, "0"},
+      {100, 12, "100"}, {1000, 12, "1e+3"}, {2.2e6, 12, "2.2e+6"}, {0.5, 12, "500e-3"},
+      {-47e-12, 12, "-47e-12"}, {-2.2e-6, 12, "-2.2e-6"}, {1.0 / 3.0, 12, "333.333333333e-3"},
+      {1.0 / 3.0, 3, "333e-3"}, {123456, 3, "123e+3"}, {std::nan(""), 12, ""}, {kInf, 12, "inf"},
+      {-kInf, 12, "-inf"}, {1.7976931348623157e308, 12, "179.769313486e+306"},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.text);
+    EXPECT_EQ(FormatNumber(c.value, c.digits), c.text);
+  }
+  EXPECT_EQ(FormatNumber(0.0015), "1.5e-3");  // twelve digits by default
+  EXPECT_EQ(FormatNumber(5e-324, 12).substr(0, 4), "4.94");
+  for (double x : {1.0, -2.5, 3.3e-9, 4.7e12, 123456789012.0, 1e-99, 1e308})
+    EXPECT_EQ(CompareDouble(TextToDouble(FormatNumber(x)), x), 0) << x;
+}
+
+TEST(PlainTextToDouble, ReadsWithoutSuffixes) {
+  struct Case {
+    std::string text;
+    double value;
+  };
+  const std::vector<Case> cases = {
+      {"  12.5 ", 12.5},   {"-1.5e-3", -1.5e-3}, {"+2E+2", 200},       {"3k", 3},
+      {"1.2.3", 1.2},      {"", 0},              {"abc", 0},           {"inf", kInf},
+      {" -ixyz", -kInf},   {"1e999999999", kInf}, {"1e-999999999", 0}, {"1.5e3kOhm", 1500},
+      {"2.5x", 2.5},       {"25e-1", 2.5},       {"1e-2000000000", 0},
+      // A mantissa beyond the double range stays infinite under any exponent.
+      {std::string(400, '9') + "e-2000000000", kInf},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.text.substr(0, 20));
+    EXPECT_DOUBLE_EQ(PlainTextToDouble(c.text), c.value);
+  }
+}
+
+TEST(DoubleHelpers, CompareSignAndInfinity) {
   EXPECT_EQ(CompareDouble(1, 1 + 1e-13), 0);
   EXPECT_EQ(CompareDouble(0, 1e-300), -1);
+  EXPECT_EQ(CompareDouble(0, -1e-300), 1);
   EXPECT_EQ(CompareDouble(1e-300, 0), 1);
   EXPECT_EQ(CompareDouble(0, 0), 0);
   EXPECT_EQ(CompareDouble(1, 1 + 1e-11), -1);
-  EXPECT_EQ(CompareDouble(2, 1), 1);
   EXPECT_EQ(CompareDouble(std::nan(""), 1), 1);
   EXPECT_EQ(CompareDouble(1, std::nan("")), 1);
-}
-
-TEST(DoubleBits, SignAndInfinity) {
-  const double inf = std::numeric_limits<double>::infinity();
-  EXPECT_TRUE(IsInfinite(inf));
-  EXPECT_TRUE(IsInfinite(-inf));
+  EXPECT_TRUE(IsInfinite(kInf));
+  EXPECT_TRUE(IsInfinite(-kInf));
   EXPECT_FALSE(IsInfinite(std::nan("")));
   EXPECT_FALSE(IsInfinite(1e308));
   EXPECT_EQ(SignOfDouble(0.0), 0);

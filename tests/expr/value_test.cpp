@@ -201,6 +201,7 @@ TEST(ValueToText, AllTypes) {
   EXPECT_EQ(ValueToText(TValue::MakeComplex(1, 2)), "1+2j");
   EXPECT_EQ(ValueToText(TValue::MakeComplex(1, -0.5)), "1-500e-3j");
   EXPECT_EQ(ValueToText(TValue::MakeComplex(1, 0)), "1");
+  EXPECT_EQ(ValueToText(TValue::MakeComplex(0, 0)), "0");
   EXPECT_EQ(ValueToText(TValue::MakeComplex(1, std::nan(""))), "1");
 }
 

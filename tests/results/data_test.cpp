@@ -188,22 +188,32 @@ TEST(DataRead, FindIndexWithRepeatedTimesGivesTheLast) {
   EXPECT_EQ(v, 5);
 }
 
-TEST(DataRead, GetInterpolates) {
+// Get at each time: its answer and the value it gives.
+struct GetCase {
+  double t;
+  bool ok;
+  double v;
+};
+
+void ExpectGet(const CData& d, const std::vector<GetCase>& cases) {
+  for (const GetCase& c : cases) {
+    SCOPED_TRACE(c.t);
+    double v = 99;
+    EXPECT_EQ(d.Get(c.t, &v), c.ok);
+    EXPECT_DOUBLE_EQ(v, c.v);
+  }
+}
+
+TEST(DataRead, GetInterpolatesExtrapolatesBackwardsAndHoldsTheLast) {
   CData d;
   d.Add(1, 10);
   d.Add(3, 30);
   d.Add(4, -10);
-  double v = 99;
-  ASSERT_TRUE(d.Get(1, &v));
-  EXPECT_DOUBLE_EQ(v, 10);
-  ASSERT_TRUE(d.Get(2, &v));
-  EXPECT_DOUBLE_EQ(v, 20);
-  ASSERT_TRUE(d.Get(3, &v));
-  EXPECT_DOUBLE_EQ(v, 30);
-  ASSERT_TRUE(d.Get(3.25, &v));
-  EXPECT_DOUBLE_EQ(v, 20);
-  ASSERT_TRUE(d.Get(4, &v));
-  EXPECT_DOUBLE_EQ(v, -10);
+  ExpectGet(d, {{1, true, 10}, {2, true, 20}, {3, true, 30}, {3.25, true, 20}, {4, true, -10},
+                {0, true, 0}, {-2, true, -20},
+                {4 * (1 + 5e-13), true, -10},  // within the tolerance
+                {4 * (1 + 1e-9), false, -10},  // beyond it: last value, false
+                {100, false, -10}});
 }
 
 TEST(DataRead, GetOverAFlatStretchGivesTheConstant) {
@@ -212,56 +222,15 @@ TEST(DataRead, GetOverAFlatStretchGivesTheConstant) {
   for (int t = 1; t <= 1000; ++t) d.Add(t, 4.25);
   d.Add(1001, 8);
   EXPECT_EQ(d.Count(), 4);
-  double v = 0;
-  for (double t : {1.0, 17.3, 500.0, 999.9, 1000.0}) {
-    ASSERT_TRUE(d.Get(t, &v));
-    EXPECT_DOUBLE_EQ(v, 4.25) << t;
-  }
-  ASSERT_TRUE(d.Get(1000.5, &v));
-  EXPECT_DOUBLE_EQ(v, 6.125);
-}
-
-TEST(DataRead, GetExtrapolatesBackwardsBeforeTheFirstSample) {
-  CData d;
-  d.Add(1, 10);
-  d.Add(2, 20);
-  double v = 0;
-  ASSERT_TRUE(d.Get(0, &v));
-  EXPECT_DOUBLE_EQ(v, 0);
-  ASSERT_TRUE(d.Get(-2, &v));
-  EXPECT_DOUBLE_EQ(v, -20);
-}
-
-TEST(DataRead, GetAtAndPastTheLastSample) {
-  CData d;
-  d.Add(1, 10);
-  d.Add(3, 30);
-  double v = 0;
-  ASSERT_TRUE(d.Get(3 * (1 + 5e-13), &v));  // within the tolerance
-  EXPECT_EQ(v, 30);
-  v = 0;
-  EXPECT_FALSE(d.Get(3 * (1 + 1e-9), &v));  // beyond it: last value, false
-  EXPECT_EQ(v, 30);
-  v = 0;
-  EXPECT_FALSE(d.Get(100, &v));
-  EXPECT_EQ(v, 30);
+  ExpectGet(d, {{1, true, 4.25}, {17.3, true, 4.25}, {500, true, 4.25}, {999.9, true, 4.25},
+                {1000, true, 4.25}, {1000.5, true, 6.125}});
 }
 
 TEST(DataRead, GetOnEmptyAndSingleSample) {
   CData d;
-  double v = 5;
-  EXPECT_FALSE(d.Get(1, &v));
-  EXPECT_EQ(v, 0);
-
+  ExpectGet(d, {{1, false, 0}});
   d.Add(2, 7);
-  v = 0;
-  EXPECT_TRUE(d.Get(-100, &v));  // before it: the value
-  EXPECT_EQ(v, 7);
-  EXPECT_TRUE(d.Get(2, &v));
-  EXPECT_EQ(v, 7);
-  v = 0;
-  EXPECT_FALSE(d.Get(2.5, &v));
-  EXPECT_EQ(v, 7);
+  ExpectGet(d, {{-100, true, 7}, {2, true, 7}, {2.5, false, 7}});  // before it: the value
 }
 
 // ------------------------------------------------------------------ DeleteOld
