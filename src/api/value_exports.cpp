@@ -52,6 +52,27 @@ int AddByName(const char* prefix, int ncir, const char* name, const char* emptyM
   }
 }
 
+// The strict operations run on a parameter found by its path or by its
+// number; both lookups append their own messages. `op` gets the document and
+// the parameter and returns the operation's result.
+template <class Op>
+int OnNamedParam(int ncir, const char* name, Op&& op) {
+  CDoc* doc = FindDocument(ncir);
+  if (!doc) return -1;
+  CParam param;
+  if (!doc->FindParam(name, param)) return -1;
+  return Finish(op(*doc, param));
+}
+
+template <class Op>
+int OnNumberedParam(int ncir, int npar, Op&& op) {
+  CDoc* doc = FindDocument(ncir);
+  if (!doc) return -1;
+  const CParam* param = doc->FindParamByNumber(npar);
+  if (!param) return -1;
+  return Finish(op(*doc, *param));
+}
+
 }  // namespace
 
 extern "C" {
@@ -64,11 +85,9 @@ int TZ4_GetValue(int ncir, const char* name, double* v) {
       return -1;
     }
     *v = 0.0;
-    CDoc* doc = FindDocument(ncir);
-    if (!doc) return -1;
-    CParam param;
-    if (!doc->FindParam(name, param)) return -1;
-    return Finish(GetValue(param, v));
+    return OnNamedParam(ncir, name, [&](CDoc&, const CParam& param) {
+      return GetValue(param, v);
+    });
   } catch (...) {
     return ReportCurrentException();
   }
@@ -77,11 +96,9 @@ int TZ4_GetValue(int ncir, const char* name, double* v) {
 int TZ4_SetValue(int ncir, const char* name, double v) {
   try {
     SetLastError("TZ4_SetValue: ");
-    CDoc* doc = FindDocument(ncir);
-    if (!doc) return -1;
-    CParam param;
-    if (!doc->FindParam(name, param)) return -1;
-    return Finish(SetValue(param, v, &doc->changeFlags));
+    return OnNamedParam(ncir, name, [&](CDoc& doc, const CParam& param) {
+      return SetValue(param, v, &doc.changeFlags);
+    });
   } catch (...) {
     return ReportCurrentException();
   }
@@ -100,11 +117,9 @@ int TZ4_GetText(int ncir, const char* name, char* text, int length) {
     }
     // A negative length declares a buffer without room: nothing is written.
     if (length > 0) text[0] = '\0';
-    CDoc* doc = FindDocument(ncir);
-    if (!doc) return -1;
-    CParam param;
-    if (!doc->FindParam(name, param)) return -1;
-    return Finish(GetText(param, text, length));
+    return OnNamedParam(ncir, name, [&](CDoc&, const CParam& param) {
+      return GetText(param, text, length);
+    });
   } catch (...) {
     return ReportCurrentException();
   }
@@ -117,11 +132,9 @@ int TZ4_SetText(int ncir, const char* name, const char* text) {
       AppendError("NULL pointer");
       return -1;
     }
-    CDoc* doc = FindDocument(ncir);
-    if (!doc) return -1;
-    CParam param;
-    if (!doc->FindParam(name, param)) return -1;
-    return Finish(SetText(param, text, &doc->cmps, &doc->changeFlags));
+    return OnNamedParam(ncir, name, [&](CDoc& doc, const CParam& param) {
+      return SetText(param, text, &doc.cmps, &doc.changeFlags);
+    });
   } catch (...) {
     return ReportCurrentException();
   }
@@ -149,11 +162,9 @@ int TZ4_GetParamValue(int ncir, int npar, double* v) {
       AppendError("NULL pointer");
       return -1;
     }
-    CDoc* doc = FindDocument(ncir);
-    if (!doc) return -1;
-    const CParam* param = doc->FindParamByNumber(npar);
-    if (!param) return -1;
-    return Finish(GetValue(*param, v));
+    return OnNumberedParam(ncir, npar, [&](CDoc&, const CParam& param) {
+      return GetValue(param, v);
+    });
   } catch (...) {
     return ReportCurrentException();
   }
@@ -162,11 +173,9 @@ int TZ4_GetParamValue(int ncir, int npar, double* v) {
 int TZ4_SetParamValue(int ncir, int npar, double v) {
   try {
     SetLastError("TZ4_SetParamValue: ");
-    CDoc* doc = FindDocument(ncir);
-    if (!doc) return -1;
-    const CParam* param = doc->FindParamByNumber(npar);
-    if (!param) return -1;
-    return Finish(SetValue(*param, v, &doc->changeFlags));
+    return OnNumberedParam(ncir, npar, [&](CDoc& doc, const CParam& param) {
+      return SetValue(param, v, &doc.changeFlags);
+    });
   } catch (...) {
     return ReportCurrentException();
   }
@@ -183,11 +192,9 @@ int TZ4_GetParamText(int ncir, int npar, char* text, int length) {
       AppendError("length = 0");
       return -1;
     }
-    CDoc* doc = FindDocument(ncir);
-    if (!doc) return -1;
-    const CParam* param = doc->FindParamByNumber(npar);
-    if (!param) return -1;
-    return Finish(GetText(*param, text, length));
+    return OnNumberedParam(ncir, npar, [&](CDoc&, const CParam& param) {
+      return GetText(param, text, length);
+    });
   } catch (...) {
     return ReportCurrentException();
   }
@@ -200,11 +207,9 @@ int TZ4_SetParamText(int ncir, int npar, const char* text) {
       AppendError("no text");
       return -1;
     }
-    CDoc* doc = FindDocument(ncir);
-    if (!doc) return -1;
-    const CParam* param = doc->FindParamByNumber(npar);
-    if (!param) return -1;
-    return Finish(SetText(*param, text, &doc->cmps, &doc->changeFlags));
+    return OnNumberedParam(ncir, npar, [&](CDoc& doc, const CParam& param) {
+      return SetText(param, text, &doc.cmps, &doc.changeFlags);
+    });
   } catch (...) {
     return ReportCurrentException();
   }
