@@ -6,7 +6,7 @@
 #include <cstdlib>
 
 #include "expr/numtext.h"
-#include "expr/raise.h"
+#include "base/raise.h"
 #include "tools/cli_errors.h"
 
 namespace tz4::cli {

@@ -4,8 +4,8 @@
 #include <limits>
 #include <new>
 
-#include "api/handles.h"
-#include "api/last_error.h"
+#include "base/handles.h"
+#include "base/last_error.h"
 
 namespace tz4 {
 

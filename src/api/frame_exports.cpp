@@ -10,7 +10,7 @@
 #include <string>
 
 #include "api/documents.h"
-#include "api/last_error.h"
+#include "base/last_error.h"
 #include "doc/doc.h"
 #include "tz4.h"
 

@@ -6,10 +6,10 @@
 // "OK". Argument checks run before the document is looked up. No exception
 // leaves an export.
 #include "api/documents.h"
-#include "api/last_error.h"
+#include "base/last_error.h"
 #include "doc/doc.h"
 #include "solver/calc.h"
-#include "solver/driver.h"
+#include "run/driver.h"
 #include "tz4.h"
 
 using namespace tz4;
@@ -27,8 +27,8 @@ int Simulate(const char* prefix, int ncir, double interval, int mode) {
   }
   CDoc* doc = FindDocument(ncir);
   if (!doc) return -1;
-  if (!doc->running && !doc->Start()) return -1;
-  if (!doc->Run(interval, mode)) return -1;
+  if (!doc->running && !StartRun(*doc)) return -1;
+  if (!RunDocument(*doc, interval, mode)) return -1;
   SetLastError("OK");
   return 0;
 }
@@ -60,7 +60,7 @@ int TZ4_Start(int ncir) {
     SetLastError("TZ4_Start: ");
     CDoc* doc = FindDocument(ncir);
     if (!doc) return -1;
-    if (!doc->Start()) return -1;
+    if (!StartRun(*doc)) return -1;
     SetLastError("OK");
     return 0;
   } catch (...) {

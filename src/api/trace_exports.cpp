@@ -8,8 +8,8 @@
 #include <string>
 
 #include "api/documents.h"
-#include "api/handles.h"
-#include "api/last_error.h"
+#include "base/handles.h"
+#include "base/last_error.h"
 #include "doc/doc.h"
 #include "results/trace.h"
 #include "tz4.h"

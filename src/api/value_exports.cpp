@@ -8,7 +8,7 @@
 #include <string>
 
 #include "api/documents.h"
-#include "api/last_error.h"
+#include "base/last_error.h"
 #include "components/cmp.h"
 #include "components/param_ops.h"
 #include "doc/doc.h"

@@ -8,8 +8,8 @@
 #include <initializer_list>
 #include <iterator>
 
-#include "api/last_error.h"
-#include "doc/xml_node.h"
+#include "base/last_error.h"
+#include "xml/xml_node.h"
 #include "expr/text.h"
 
 namespace tz4 {
@@ -131,6 +131,16 @@ const ModelInfo* CCmp::GetModel() const {
 int32_t CCmp::ModelId() const {
   const ModelInfo* model = GetModel();
   return model != nullptr ? model->id : 0;
+}
+
+bool CCmp::IsType(const char* tag) const {
+  return type != nullptr && type->tag != nullptr && std::strcmp(type->tag, tag) == 0;
+}
+
+bool CCmp::IsTypeIn(std::initializer_list<const char*> tags) const {
+  for (const char* tag : tags)
+    if (IsType(tag)) return true;
+  return false;
 }
 
 std::string CCmp::GetFullName() const { return path.empty() ? name : path + "." + name; }

@@ -3,6 +3,7 @@
 // and the trace code talk to a component.
 #pragma once
 #include <cstdint>
+#include <initializer_list>
 #include <memory>
 #include <string>
 #include <vector>
@@ -17,6 +18,8 @@ class CCalc;
 class CCmps;
 class CXmlNode;
 class CSubCir;
+class CVarList;
+class CFormula;
 
 enum StampPhase : int {
   STAMP_INIT = 1,
@@ -121,6 +124,12 @@ class CCmp {
   // no shape has its element kept as it was read.
   virtual void LoadCustom() {}
   virtual void StoreCustom() {}
+  // The value that a host's input sets, and in `modelIndex` the model that
+  // takes it; null for a component that cannot be an input.
+  virtual CFormula* HostInput(int& /*modelIndex*/) { return nullptr; }
+  // The named variables of a code block, which formulas, traces and hosts
+  // read by "NAME.VARIABLE"; null for a component without any.
+  virtual CVarList* Variables() { return nullptr; }
 
   // --- non-virtual operations ---
   // Nothing when n equals pinCount; otherwise n zeroed pins (none for n <= 0).
@@ -128,6 +137,10 @@ class CCmp {
   // The current model's row; null while unresolved or without a table.
   const ModelInfo* GetModel() const;
   int32_t ModelId() const;  // id of the current model, 0 when unresolved
+  // Whether the component's type tag is `tag` (exact comparison).
+  bool IsType(const char* tag) const;
+  // Whether it is any of `tags`.
+  bool IsTypeIn(std::initializer_list<const char*> tags) const;
   // name, or path + "." + name inside a subcircuit.
   std::string GetFullName() const;
   // Binds the table and takes the row whose name equals paramName ignoring

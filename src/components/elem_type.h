@@ -40,18 +40,22 @@ struct ElemType {
   const char* description = nullptr;
 };
 
-// The global list of every type, in its fixed order.
+// The list of every type, in its fixed order, and the types made by a word
+// of their own rather than by a tag of the list (labels and variables). The
+// device floor builds the one instance (ComponentTypes).
 class CElemSet {
  public:
-  static const CElemSet& Instance();
-  // Exact (case-sensitive) tag match; null when no type has the tag.
+  CElemSet(std::vector<const ElemType*> types, std::vector<const ElemType*> wordTypes);
+  // Exact (case-sensitive) match of a tag of the list or of a word type;
+  // null when no type has it.
   std::unique_ptr<CCmp> Create(const std::string& tag) const;
+  // A type of the list by its exact tag; null when none has it.
   const ElemType* Find(const std::string& tag) const;
   const std::vector<const ElemType*>& Types() const { return types_; }
 
  private:
-  CElemSet();
   std::vector<const ElemType*> types_;
+  std::vector<const ElemType*> wordTypes_;
 };
 
 // Factory helper: {"R_R", 2, &MakeCmp<CElemR>, ...}

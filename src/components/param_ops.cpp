@@ -5,12 +5,12 @@
 #include <cstring>
 #include <exception>
 
-#include "api/last_error.h"
+#include "base/last_error.h"
 #include "components/pwl.h"
 #include "expr/evaluate.h"
 #include "expr/formula.h"
 #include "expr/numtext.h"
-#include "expr/raise.h"
+#include "base/raise.h"
 #include "expr/text.h"
 #include "expr/value.h"
 

@@ -9,7 +9,7 @@
 #include "components/cmp.h"
 #include "expr/lists.h"
 #include "expr/numtext.h"
-#include "expr/raise.h"
+#include "base/raise.h"
 #include "expr/text.h"
 
 namespace tz4 {

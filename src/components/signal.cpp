@@ -6,10 +6,10 @@
 #include <new>
 
 #include "components/cmp.h"
-#include "doc/xml_node.h"
+#include "xml/xml_node.h"
 #include "expr/evaluate.h"
 #include "expr/numtext.h"
-#include "expr/raise.h"
+#include "base/raise.h"
 #include "expr/text.h"
 #include "expr/value.h"
 

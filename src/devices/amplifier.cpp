@@ -3,7 +3,7 @@
 #include <cstring>
 #include <limits>
 
-#include "doc/xml_node.h"
+#include "xml/xml_node.h"
 #include "expr/numtext.h"
 #include "expr/value.h"
 
@@ -76,8 +76,6 @@ const ModelInfo kCurrentGainModels[] = {
     {},
 };
 
-bool TagIs(const CCmp& cmp, const char* tag) { return std::strcmp(cmp.type->tag, tag) == 0; }
-
 }  // namespace
 
 const ElemType kTypeO_O = {"O_O", 2, &MakeCmp<CElemO>, kSingleModels, 0, "Amplifier"};
@@ -92,7 +90,7 @@ const ElemType kTypeO_CCG = {"O_CCG", 4, &MakeCmp<CElemO>, kCurrentGainModels, 0
 
 CElemO::CElemO(const ElemType& elemType)
     : CCmp(elemType),
-      K(TagIs(*this, "O_OD") ? kInfinity : 1.0),
+      K(IsType("O_OD") ? kInfinity : 1.0),
       F1(kInfinity),
       Vhi(15.0),
       Vlo(-15.0),
@@ -108,7 +106,7 @@ CElemO::CElemO(const ElemType& elemType)
 bool CElemO::Serialize(CXmlNode& archive, bool customFlag) {
   if (!SerializeBase(archive, customFlag)) return false;
   // The controlled-gain types keep only their table, which the base archives.
-  if (TagIs(*this, "O_VCG") || TagIs(*this, "O_CCG")) return true;
+  if (IsType("O_VCG") || IsType("O_CCG")) return true;
   archive.ArchiveValue("k", K);
   archive.ArchiveValue("f1", F1);
   archive.ArchiveValue("hi", Vhi);

@@ -4,7 +4,7 @@
 #include <cstring>
 #include <exception>
 
-#include "doc/xml_node.h"
+#include "xml/xml_node.h"
 #include "expr/numtext.h"
 #include "solver/calc.h"
 
@@ -47,10 +47,6 @@ const ModelInfo kCccModels[] = {
     {},
 };
 
-bool IsTag(const CCmp& cmp, const char* tag) {
-  return cmp.type != nullptr && cmp.type->tag != nullptr && std::strcmp(cmp.type->tag, tag) == 0;
-}
-
 // Coefficients written straight into the system. Ground and pins outside
 // the matrix (unconnected ones have negative numbers) have no equation.
 bool InMatrix(const CCalc& calc, int i) { return i > 0 && i < calc.dim; }
@@ -82,12 +78,12 @@ CElemC::CElemC(const ElemType& elemType) : CCmp(elemType), Zs("1/s") {
   C.Value = 1.0;
   // The plain capacitor's table is a charge curve; the controlled types list
   // capacitances as they stand.
-  if (IsTag(*this, "C_C")) pwl.Curve = "Q(V)";
+  if (IsType("C_C")) pwl.Curve = "Q(V)";
 }
 
 bool CElemC::Serialize(CXmlNode& archive, bool customFlag) {
   if (!SerializeBase(archive, customFlag)) return false;
-  if (IsTag(*this, "C_C")) {
+  if (IsType("C_C")) {
     archive.ArchiveValue("c", C);
     archive.ArchiveString("ic", ICText);
     archive.ArchiveEncodedString("fs", Zs);
@@ -164,7 +160,7 @@ int CElemC::Stamp(CCalc& calc, int phase, double /*t*/) {
       if (calc.pass != 0) return 0;
       // The current-controlled type senses its control current with a
       // 0 V source on its second row.
-      if (IsTag(*this, "C_CCC")) calc.StampVSource(Pin(*this, 2), Pin(*this, 3), r + 1, 0.0);
+      if (IsType("C_CCC")) calc.StampVSource(Pin(*this, 2), Pin(*this, 3), r + 1, 0.0);
       if (model == MODEL_C_FUNCTION) {
         // "Z(s)" has no part in a transient run: a resistance of 1.
         AddA(calc, a, r, 1.0);
@@ -210,11 +206,11 @@ bool CElemC::PostStep(CCalc& calc, bool apply, double /*t*/, bool& changed) {
   if (ModelId() != MODEL_TABLE || pwl.Count == 0) return true;
   const double v = calc.V(Pin(*this, 1)) - calc.V(Pin(*this, 0));
   // The plain capacitor's curve follows its own voltage.
-  if (IsTag(*this, "C_C")) {
+  if (IsType("C_C")) {
     changed = pwl.FindSegment(v, apply);
     return true;
   }
-  const double control = IsTag(*this, "C_VCC") ? calc.V(Pin(*this, 3)) - calc.V(Pin(*this, 2))
+  const double control = IsType("C_VCC") ? calc.V(Pin(*this, 3)) - calc.V(Pin(*this, 2))
                                                : calc.V(firstRow + 1);
   if (!apply) {
     changed = pwl.FindSegment(control, false);

@@ -1,6 +1,6 @@
 #include "devices/controlled_source.h"
 
-#include "doc/xml_node.h"
+#include "xml/xml_node.h"
 #include "expr/numtext.h"
 #include "expr/value.h"
 

@@ -3,7 +3,7 @@
 #include <limits>
 #include <new>
 
-#include "doc/xml_node.h"
+#include "xml/xml_node.h"
 
 namespace tz4 {
 

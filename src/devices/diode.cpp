@@ -4,7 +4,7 @@
 #include <cmath>
 #include <cstring>
 
-#include "doc/xml_node.h"
+#include "xml/xml_node.h"
 #include "expr/numtext.h"
 #include "solver/calc.h"
 
@@ -116,15 +116,11 @@ const ModelInfo kBridgeModels[] = {
     {},
 };
 
-bool IsTag(const CCmp& cmp, const char* tag) {
-  return cmp.type != nullptr && cmp.type->tag != nullptr && std::strcmp(cmp.type->tag, tag) == 0;
-}
-
 bool IsThyristor(const CCmp& cmp) {
-  return IsTag(cmp, "D_VCT") || IsTag(cmp, "D_CCT") || IsTag(cmp, "D_LCT");
+  return cmp.IsType("D_VCT") || cmp.IsType("D_CCT") || cmp.IsType("D_LCT");
 }
 
-bool IsZener(const CCmp& cmp) { return IsTag(cmp, "D_Z") || IsTag(cmp, "D_ZS"); }
+bool IsZener(const CCmp& cmp) { return cmp.IsType("D_Z") || cmp.IsType("D_ZS"); }
 
 // Sub-states of a thyristor: blocked, gated, latched.
 enum : int32_t { THYRISTOR_BLOCKED = 0, THYRISTOR_GATED = 1, THYRISTOR_LATCHED = 2 };
@@ -173,18 +169,18 @@ void InitState(CElemD& d) {
     return;
   }
   if (model != MODEL_D_DIODE) return;
-  if (IsTag(d, "D_D")) {
+  if (d.IsType("D_D")) {
     d.state = on && !std::isinf(d.Vd.Value) ? 1 : 0;
-  } else if (IsTag(d, "D_Z")) {
+  } else if (d.IsType("D_Z")) {
     d.state = std::clamp(d.ICz.Index - 1, -1, 1);
     if (std::isinf(d.Vd.Value) && d.state == 1) d.state = 0;
     if (std::isinf(d.V.Value) && d.state == -1) d.state = 0;
-  } else if (IsTag(d, "D_ZS")) {
+  } else if (d.IsType("D_ZS")) {
     d.state = std::isinf(d.V.Value) ? 0 : std::clamp(d.ICz.Index - 1, -1, 1);
   } else if (IsThyristor(d)) {
     d.state = on && !std::isinf(d.Vd.Value) ? 1 : 0;
     d.phase = d.state > 0 ? THYRISTOR_LATCHED : THYRISTOR_BLOCKED;
-  } else if (IsTag(d, "D_BR")) {
+  } else if (d.IsType("D_BR")) {
     d.state = 0;
   }
 }
@@ -192,18 +188,18 @@ void InitState(CElemD& d) {
 void StampDiodeModel(CElemD& d, CCalc& calc) {
   const int a = Pin(d, 0), b = Pin(d, 1), r = d.firstRow, r1 = r + 1;
   const double vd = d.Vd.Value;
-  if (IsTag(d, "D_D")) {
+  if (d.IsType("D_D")) {
     calc.StampClamp(a, b, r, d.state != 0, vd);
-  } else if (IsTag(d, "D_Z")) {
+  } else if (d.IsType("D_Z")) {
     calc.StampClamp(a, b, r, d.state != 0, d.state < 0 ? -d.V.Value : vd);
-  } else if (IsTag(d, "D_ZS")) {
+  } else if (d.IsType("D_ZS")) {
     calc.StampClamp(a, b, r, d.state != 0, d.state < 0 ? -d.V.Value : d.V.Value);
   } else if (IsThyristor(d)) {
     // The gate current of the current-controlled type flows through a 0 V
     // source on the second row.
-    if (IsTag(d, "D_CCT")) calc.StampVSource(Pin(d, 2), Pin(d, 3), r1, 0.0);
+    if (d.IsType("D_CCT")) calc.StampVSource(Pin(d, 2), Pin(d, 3), r1, 0.0);
     calc.StampClamp(a, b, r, d.phase != THYRISTOR_BLOCKED && d.state != 0, vd);
-  } else if (IsTag(d, "D_BR")) {
+  } else if (d.IsType("D_BR")) {
     BridgeArm arms[4];
     BridgeArms(d, arms);
     for (int k = 0; k < 4; k++)
@@ -273,11 +269,11 @@ void StampSoft(CElemD& d, CCalc& calc) {
 void SaveState(CElemD& d) {
   const int32_t model = d.ModelId();
   if (model == MODEL_TABLE) return;  // a segment number is no start state
-  if (IsTag(d, "D_BR")) {
+  if (d.IsType("D_BR")) {
     d.IC = d.state;
   } else if (IsThyristor(d)) {
     d.IC = d.state != 0 ? 1 : 0;  // a blocked thyristor is off
-  } else if (IsTag(d, "D_D")) {
+  } else if (d.IsType("D_D")) {
     d.IC = d.state != 0 ? 1 : 0;
   } else {
     d.ICz.Index = d.state + 1;
@@ -314,7 +310,7 @@ CElemD::CElemD(const ElemType& elemType) : CCmp(elemType) {
 
 bool CElemD::Serialize(CXmlNode& archive, bool customFlag) {
   if (!SerializeBase(archive, customFlag)) return false;
-  if (IsTag(*this, "D_D")) {
+  if (IsType("D_D")) {
     archive.ArchiveValue("vd", Vd);
     archive.ArchiveValue("t", t);
     archive.ArchiveValue("ts", ts);
@@ -327,14 +323,14 @@ bool CElemD::Serialize(CXmlNode& archive, bool customFlag) {
     archive.ArchiveValue("thr", Threshold);
     archive.ArchiveValue("hold", Ihold);
     archive.ArchiveInt("ic", IC);
-  } else if (IsTag(*this, "D_Z")) {
+  } else if (IsType("D_Z")) {
     archive.ArchiveValue("v", V);
     archive.ArchiveValue("vd", Vd);
     archive.ArchiveInt("ic", ICz.Index);
-  } else if (IsTag(*this, "D_ZS")) {
+  } else if (IsType("D_ZS")) {
     archive.ArchiveValue("v", V);
     archive.ArchiveInt("ic", ICz.Index);
-  } else if (IsTag(*this, "D_BR")) {
+  } else if (IsType("D_BR")) {
     archive.ArchiveValue("vd", Vd);
   }
   return true;
@@ -368,8 +364,8 @@ bool CElemD::CheckParams() {
     ok = false;
   };
   const bool clamp = model == MODEL_D_DIODE || model == MODEL_D_STORAGE;
-  if (clamp && (IsTag(*this, "D_D") || IsTag(*this, "D_Z") || IsThyristor(*this) ||
-                IsTag(*this, "D_BR"))) {
+  if (clamp && (IsType("D_D") || IsType("D_Z") || IsThyristor(*this) ||
+                IsType("D_BR"))) {
     if (Vd.Invalid)
       fault("Vd : formula error");
     else if (Vd.Value < 0)
@@ -387,7 +383,7 @@ bool CElemD::CheckParams() {
     else if (Ihold.Value < 0)
       fault("Ihold < 0");
   }
-  if (clamp && (IsTag(*this, "D_VCT") || IsTag(*this, "D_CCT"))) {
+  if (clamp && (IsType("D_VCT") || IsType("D_CCT"))) {
     if (Threshold.Invalid)
       fault("Threshold : formula error");
     else if (std::isinf(Threshold.Value))
@@ -422,14 +418,14 @@ bool CElemD::CheckParams() {
 
 bool CElemD::GetTraceInfo(int kind, int& nodeA, int& nodeB, int& row, double& value) {
   CCmp::GetTraceInfo(kind, nodeA, nodeB, row, value);
-  if (IsTag(*this, "D_BR")) return false;
+  if (IsType("D_BR")) return false;
   return ModelId() != MODEL_SUBCIR || kind == 0 || kind == 6;
 }
 
 double CElemD::GetTraceValue(CCalc& calc, int kind) {
   // The bridge's power is the sum over its four arms of voltage times
   // current.
-  if (!IsTag(*this, "D_BR") || kind != 2) return 0.0;
+  if (!IsType("D_BR") || kind != 2) return 0.0;
   BridgeArm arms[4];
   BridgeArms(*this, arms);
   double power = 0.0;
@@ -495,7 +491,7 @@ bool CElemD::GetStateRange(int& low, int& high) {
     low = 0;
     high = 1;
   } else if (model == MODEL_D_DIODE) {
-    if (IsTag(*this, "D_BR")) {
+    if (IsType("D_BR")) {
       low = 0;
       high = 15;
     } else if (IsThyristor(*this)) {
@@ -552,11 +548,11 @@ bool CElemD::CheckSwitching(CCalc& calc, bool apply) {
     }
     return false;
   }
-  if (IsTag(*this, "D_D")) return calc.CheckClamp(apply, state, a, b, r, vd, 0.0, false);
-  if (IsTag(*this, "D_Z")) return calc.CheckClamp(apply, state, a, b, r, vd, -V.Value, true);
-  if (IsTag(*this, "D_ZS"))
+  if (IsType("D_D")) return calc.CheckClamp(apply, state, a, b, r, vd, 0.0, false);
+  if (IsType("D_Z")) return calc.CheckClamp(apply, state, a, b, r, vd, -V.Value, true);
+  if (IsType("D_ZS"))
     return calc.CheckClamp(apply, state, a, b, r, V.Value, -V.Value, true);
-  if (IsTag(*this, "D_BR")) {
+  if (IsType("D_BR")) {
     BridgeArm arms[4];
     BridgeArms(*this, arms);
     bool result = false;
@@ -579,9 +575,9 @@ bool CElemD::PostStep(CCalc& calc, bool apply, double /*time*/, bool& changed) {
   const int r = firstRow, r1 = r + 1;
   if (model == MODEL_D_DIODE && IsThyristor(*this)) {
     double u = 0.0;
-    if (IsTag(*this, "D_VCT"))
+    if (IsType("D_VCT"))
       u = calc.V(Pin(*this, 3)) - calc.V(Pin(*this, 2)) - Threshold.Value;
-    else if (IsTag(*this, "D_CCT"))
+    else if (IsType("D_CCT"))
       u = calc.V(r1) - Threshold.Value;
     else
       u = calc.V(Pin(*this, 2)) - calc.thr;

@@ -3,7 +3,7 @@
 #include <cstring>
 #include <utility>
 
-#include "doc/xml_node.h"
+#include "xml/xml_node.h"
 #include "expr/numtext.h"
 #include "expr/text.h"
 
@@ -130,10 +130,6 @@ const ModelInfo kBusModels[] = {
     {},
 };
 
-bool HasTag(const CCmp& cmp, const char* tag) {
-  return cmp.type != nullptr && cmp.type->tag != nullptr && std::strcmp(cmp.type->tag, tag) == 0;
-}
-
 }  // namespace
 
 const ElemType kTypeF_1 = {"F_1", 2, &MakeCmp<CElemF>, kF1Models, 0, "Function"};
@@ -149,20 +145,20 @@ CElemF::CElemF(const ElemType& elemType) : CCmp(elemType), Format{0, kFormatName
   Power.Value = 1.0;
   Min.Value = -10.0;
   Max.Value = 10.0;
-  Table = HasTag(*this, "F_1") ? "0,0" : "0";
+  Table = IsType("F_1") ? "0,0" : "0";
   // Custom types take their input names from their shape; the fixed types
   // read x (and y).
   Variables.Add("t", VT_DOUBLE);
-  if (HasTag(*this, "F_1")) {
+  if (IsType("F_1")) {
     Variables.Add("x", VT_DOUBLE);
-  } else if (HasTag(*this, "F_2")) {
+  } else if (IsType("F_2")) {
     Variables.Add("x", VT_DOUBLE);
     Variables.Add("y", VT_DOUBLE);
   }
 }
 
 void CElemF::LoadCustom() {
-  const bool function = HasTag(*this, "F_CUSTOM");
+  const bool function = IsType("F_CUSTOM");
   const bool logic = IsLogicFunction();
   if (!function && !logic && !IsBus()) return;
   CCustomElemType& shape = CreateCustomType();
@@ -192,9 +188,9 @@ void CElemF::StoreCustom() {
   for (int i = 0; i < names.Count(); i++) Variables.Add(TrimSpaces(names[i]), VT_DOUBLE);
 }
 
-bool CElemF::IsLogicFunction() const { return HasTag(*this, "Y_FUNCTION"); }
+bool CElemF::IsLogicFunction() const { return IsType("Y_FUNCTION"); }
 
-bool CElemF::IsBus() const { return HasTag(*this, "Y_BUS"); }
+bool CElemF::IsBus() const { return IsType("Y_BUS"); }
 
 int CElemF::OutputPin() const {
   const int pin = static_cast<int>(pins.size()) - 1 - (Clocked != 0 ? 1 : 0);

@@ -2,7 +2,7 @@
 
 #include <cstring>
 
-#include "doc/xml_node.h"
+#include "xml/xml_node.h"
 
 namespace tz4 {
 
@@ -61,10 +61,6 @@ const ModelInfo kCclModels[] = {
     {},
 };
 
-bool IsTag(const CCmp& cmp, const char* tag) {
-  return cmp.type != nullptr && cmp.type->tag != nullptr && std::strcmp(cmp.type->tag, tag) == 0;
-}
-
 std::string ICOrEmpty(const std::string& text) { return text.empty() ? std::string("\"\"") : text; }
 
 }  // namespace
@@ -79,7 +75,7 @@ const ElemType kTypeL_CUSTOM = {"L_CUSTOM", 0, &MakeCmp<CElemL>, kCustomModels, 
                                 "Custom coupled\ninductors"};
 
 CElemL::CElemL(const ElemType& elemType) : CCmp(elemType), Zs("s") {
-  const bool controlled = IsTag(*this, "L_VCL") || IsTag(*this, "L_CCL");
+  const bool controlled = IsType("L_VCL") || IsType("L_CCL");
   // A controlled inductor's table lists inductances as they stand; the
   // others hold a flux curve.
   L.Value = controlled ? 0.0 : 1.0;
@@ -125,7 +121,7 @@ void CElemL::SetWindingCount(int count) {
 }
 
 void CElemL::LoadCustom() {
-  if (!IsTag(*this, "L_CUSTOM")) return;
+  if (!IsType("L_CUSTOM")) return;
   CCustomElemType& shape = CreateCustomType();
   shape.width = 1;
   shape.height = 2;
@@ -134,22 +130,22 @@ void CElemL::LoadCustom() {
 }
 
 void CElemL::StoreCustom() {
-  if (IsTag(*this, "L_CUSTOM")) SetWindingCount(pinCount > 0 ? pinCount / 2 : 0);
+  if (IsType("L_CUSTOM")) SetWindingCount(pinCount > 0 ? pinCount / 2 : 0);
 }
 
 bool CElemL::Serialize(CXmlNode& archive, bool customFlag) {
   if (!SerializeBase(archive, customFlag)) return false;
-  const bool custom = IsTag(*this, "L_CUSTOM");
+  const bool custom = IsType("L_CUSTOM");
   if (custom && !archive.storing) StoreCustom();
   // Initial currents are texts, percent-encoded like every other text of
   // a component, so that any text a host sets comes back as it was.
-  if (IsTag(*this, "L_VCL") || IsTag(*this, "L_CCL")) {
+  if (IsType("L_VCL") || IsType("L_CCL")) {
     archive.ArchiveEncodedString("ic", ICText);
-  } else if (IsTag(*this, "L_L") || (custom && windingCount == 1)) {
+  } else if (IsType("L_L") || (custom && windingCount == 1)) {
     archive.ArchiveValue("l", L);
     archive.ArchiveEncodedString("ic", ICText);
     archive.ArchiveEncodedString("fs", Zs);
-  } else if (IsTag(*this, "L_CL")) {
+  } else if (IsType("L_CL")) {
     archive.ArchiveValue("l", L);
     archive.ArchiveValue("l2", L2);
     archive.ArchiveValue("k", K);
@@ -169,9 +165,9 @@ std::string& CElemL::GetICText(std::string& out) {
   const int32_t model = ModelId();
   if (model != MODEL_L_L && model != MODEL_TABLE) return out;
   const std::string fullName = GetFullName();
-  if (IsTag(*this, "L_CL")) {
+  if (IsType("L_CL")) {
     out = fullName + ".IC1=" + ICOrEmpty(ICText) + ";" + fullName + ".IC2=" + ICOrEmpty(IC2Text);
-  } else if (IsTag(*this, "L_CUSTOM") && windingCount != 1) {
+  } else if (IsType("L_CUSTOM") && windingCount != 1) {
     for (const CustomParam& item : customParams) {
       if (item.Kind != PK_IC) continue;
       if (!out.empty()) out += ";";
@@ -186,7 +182,7 @@ std::string& CElemL::GetICText(std::string& out) {
 bool CElemL::CheckParams() { return ReportNotSimulated(this); }
 
 CParamTable CElemL::BindParams() {
-  if (!IsTag(*this, "L_CUSTOM") || ModelId() != MODEL_L_L) return CCmp::BindParams();
+  if (!IsType("L_CUSTOM") || ModelId() != MODEL_L_L) return CCmp::BindParams();
   CParamTable table;
   if (windingCount == 1) {
     // One winding is a plain inductor, with the plain names.
@@ -205,7 +201,7 @@ CParamTable CElemL::BindParams() {
 }
 
 int32_t CElemL::GetExtraRows() {
-  if (IsTag(*this, "L_CUSTOM")) return ModelId() == MODEL_L_L ? windingCount : 0;
+  if (IsType("L_CUSTOM")) return ModelId() == MODEL_L_L ? windingCount : 0;
   return CCmp::GetExtraRows();
 }
 

@@ -1,6 +1,6 @@
 #include "devices/label.h"
 
-#include "doc/xml_node.h"
+#include "xml/xml_node.h"
 #include "expr/numtext.h"
 
 namespace tz4 {

@@ -32,6 +32,10 @@ class CLabel : public CCmp {
   int IsMatrixPin(int pin) override;
   bool GetTraceInfo(int kind, int& nodeA, int& nodeB, int& row, double& value) override;
 
+  CFormula* HostInput(int& modelIndex) override {
+    modelIndex = kInputModelIndex;
+    return &V;
+  }
   // Whether the present model is driven by `Signal`.
   bool HasSignalModel() const;
 

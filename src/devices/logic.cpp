@@ -2,7 +2,7 @@
 
 #include <cstring>
 
-#include "doc/xml_node.h"
+#include "xml/xml_node.h"
 
 namespace tz4 {
 
@@ -86,9 +86,7 @@ const ModelInfo kSchmittModels[] = {
     {},
 };
 
-bool TagIs(const CCmp& cmp, const char* tag) { return std::strcmp(cmp.type->tag, tag) == 0; }
-
-bool IsTrigger(const CCmp& cmp) { return TagIs(cmp, "Y_RS") || TagIs(cmp, "Y_JK"); }
+bool IsTrigger(const CCmp& cmp) { return cmp.IsType("Y_RS") || cmp.IsType("Y_JK"); }
 
 }  // namespace
 
@@ -111,13 +109,13 @@ bool CElemLog::Serialize(CXmlNode& archive, bool customFlag) {
   archive.ArchiveInt("ic", Ic);
   archive.ArchiveValue("delay", Delay);
   archive.ArchiveValue("down", Down);
-  if (TagIs(*this, "Y_ST")) archive.ArchiveValue("hyst", Hysteresis);
+  if (IsType("Y_ST")) archive.ArchiveValue("hyst", Hysteresis);
   if (IsTrigger(*this)) archive.ArchiveInt("dominance", Dominance.Index);
   return true;
 }
 
 void CElemLog::LoadCustom() {
-  if (!TagIs(*this, "Y_CUSTOM")) return;
+  if (!IsType("Y_CUSTOM")) return;
   CCustomElemType& shape = CreateCustomType();
   shape.width = 2;
   shape.height = 3;
@@ -136,8 +134,8 @@ bool CElemLog::CheckParams() { return ReportNotSimulated(this); }
 int CElemLog::IsMatrixPin(int /*pin*/) { return 0; }
 
 int CElemLog::OutputPin() const {
-  if (TagIs(*this, "Y_FF") || IsTrigger(*this)) return 2;
-  if (TagIs(*this, "Y_ST")) return 1;
+  if (IsType("Y_FF") || IsTrigger(*this)) return 2;
+  if (IsType("Y_ST")) return 1;
   return pinCount - 1;
 }
 

@@ -1,6 +1,6 @@
 #include "devices/logic_generator.h"
 
-#include "doc/xml_node.h"
+#include "xml/xml_node.h"
 #include "expr/numtext.h"
 
 namespace tz4 {

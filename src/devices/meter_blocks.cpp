@@ -2,7 +2,7 @@
 
 #include <cstring>
 
-#include "doc/xml_node.h"
+#include "xml/xml_node.h"
 #include "expr/numtext.h"
 
 namespace tz4 {
@@ -54,10 +54,6 @@ const ModelInfo kBlockModels[] = {
     {},
 };
 
-bool HasTag(const CCmp& cmp, const char* tag) {
-  return cmp.type != nullptr && cmp.type->tag != nullptr && std::strcmp(cmp.type->tag, tag) == 0;
-}
-
 }  // namespace
 
 const ElemType kTypeA_A = {"A_A", 2, &MakeCmp<CElemA>, kAmperemeterModels, 0, "Amperemeter"};
@@ -83,7 +79,7 @@ bool CElemA::Serialize(CXmlNode& archive, bool customFlag) { return SerializeBas
 bool CElemA::CheckParams() {
   // The voltmeter has no effect on the circuit: a trace reads the node
   // voltages. The other meters carry a current row.
-  if (HasTag(*this, "V_VM")) return true;
+  if (IsType("V_VM")) return true;
   return ReportNotSimulated(this);
 }
 
@@ -91,11 +87,11 @@ bool CElemA::GetTraceInfo(int /*kind*/, int& nodeA, int& nodeB, int& row, double
   const int first = !pins.empty() ? pins[0] : -1;
   const int second = pins.size() > 1 ? pins[1] : -1;
   value = 0.0;
-  if (HasTag(*this, "A_A")) {
+  if (IsType("A_A")) {
     nodeA = second >= 0 ? 0 : -1;
     nodeB = second;
     row = firstRow;
-  } else if (HasTag(*this, "V_VM")) {
+  } else if (IsType("V_VM")) {
     nodeA = first;
     nodeB = second;
     row = 0;
@@ -174,8 +170,8 @@ CElemX::CElemX(const ElemType& elemType) : CCmp(elemType) {}
 bool CElemX::Serialize(CXmlNode& archive, bool customFlag) { return SerializeBase(archive, customFlag); }
 
 void CElemX::LoadCustom() {
-  const bool circuit = HasTag(*this, "X_TZ4");
-  if (!circuit && !HasTag(*this, "X_CUSTOM")) return;
+  const bool circuit = IsType("X_TZ4");
+  if (!circuit && !IsType("X_CUSTOM")) return;
   CCustomElemType& shape = CreateCustomType();
   if (!circuit) return;
   shape.width = 2;

@@ -3,7 +3,7 @@
 #include <cmath>
 #include <cstring>
 
-#include "doc/xml_node.h"
+#include "xml/xml_node.h"
 #include "solver/calc.h"
 
 namespace tz4 {
@@ -56,10 +56,6 @@ const ModelInfo kCcrModels[] = {
     {"PWL", MODEL_TABLE, kPwlParams, 0, 2, kTraceAll},
     {},
 };
-
-bool IsTag(const CCmp& cmp, const char* tag) {
-  return cmp.type != nullptr && cmp.type->tag != nullptr && std::strcmp(cmp.type->tag, tag) == 0;
-}
 
 // Whether i is a row or column of the solver's matrices; unconnected pins
 // (negative) and logic nodes (at or above dim) are not.
@@ -118,7 +114,7 @@ CElemR::CElemR(const ElemType& elemType) : CCmp(elemType), Zs("1") {
   Position.Value = 0.0;
   // On the plain resistor the table lists resistances of the curve I(V); on
   // the controlled types its entries are resistances taken as they stand.
-  if (IsTag(*this, "R_R")) {
+  if (IsType("R_R")) {
     pwl.Curve = "I(V)";
     pwl.Reciprocal = true;
     pwlI.Curve = "V(I)";
@@ -127,7 +123,7 @@ CElemR::CElemR(const ElemType& elemType) : CCmp(elemType), Zs("1") {
 
 bool CElemR::Serialize(CXmlNode& archive, bool customFlag) {
   if (!SerializeBase(archive, customFlag)) return false;
-  if (IsTag(*this, "R_R")) {
+  if (IsType("R_R")) {
     archive.ArchiveValue("r", R);
     archive.ArchiveEncodedString("fs", Zs);
     // The current-controlled table is read always and written when in use.
@@ -136,7 +132,7 @@ bool CElemR::Serialize(CXmlNode& archive, bool customFlag) {
       archive.ArchiveEncodedString("pwlif", pwlI.FormulaText);
       archive.ArchiveInt("pwlim", pwlI.Mode);
     }
-  } else if (IsTag(*this, "R_Pot")) {
+  } else if (IsType("R_Pot")) {
     archive.ArchiveValue("r", R);
     archive.ArchiveValue("p", Position);
   }
@@ -193,7 +189,7 @@ int CElemR::Stamp(CCalc& calc, int phase, double /*t*/) {
         if (!pwlI.Parse(this)) return -1;
         // A segment left over from an earlier text of the table.
         if (!SegmentInTable(pwlI, state)) state = 0;
-      } else if (model == MODEL_TABLE && IsTag(*this, "R_R")) {
+      } else if (model == MODEL_TABLE && IsType("R_R")) {
         if (!SegmentInTable(pwl, state)) state = 0;
       }
       return 0;
@@ -242,7 +238,7 @@ int CElemR::Stamp(CCalc& calc, int phase, double /*t*/) {
 
     case MODEL_TABLE: {
       double slope = 0.0, intercept = 0.0;
-      if (IsTag(*this, "R_R")) {
+      if (IsType("R_R")) {
         // x[r] = g * V + z: the current of the segment's line.
         pwl.Segment = state;
         if (!SegmentLine(pwl, state, slope, intercept)) return TableFault(calc, *this);
@@ -253,7 +249,7 @@ int CElemR::Stamp(CCalc& calc, int phase, double /*t*/) {
       // The controlled types: a resistance taken from the present segment,
       // the current in row r.
       if (!SegmentLine(pwl, pwl.Segment, slope, intercept)) return TableFault(calc, *this);
-      if (IsTag(*this, "R_CCR")) {
+      if (IsType("R_CCR")) {
         if (pins.size() < 4) return 0;
         // The control current is sensed by a short between the control pins.
         calc.StampVSource(pins[2], pins[3], r + 1, 0.0);
@@ -289,7 +285,7 @@ int CElemR::Stamp(CCalc& calc, int phase, double /*t*/) {
 }
 
 bool CElemR::GetStateRange(int& low, int& high) {
-  if (!IsTag(*this, "R_R")) return false;
+  if (!IsType("R_R")) return false;
   const CPWL* table = nullptr;
   switch (ModelId()) {
     case MODEL_TABLE:
@@ -307,7 +303,7 @@ bool CElemR::GetStateRange(int& low, int& high) {
 }
 
 bool CElemR::CheckSwitching(CCalc& calc, bool apply) {
-  if (!IsTag(*this, "R_R") || pins.size() < 2) return false;
+  if (!IsType("R_R") || pins.size() < 2) return false;
   bool changed = false;
   switch (ModelId()) {
     case MODEL_TABLE:
@@ -328,9 +324,9 @@ bool CElemR::CheckSwitching(CCalc& calc, bool apply) {
 bool CElemR::PostStep(CCalc& calc, bool apply, double /*t*/, bool& changed) {
   changed = false;
   if (ModelId() != MODEL_TABLE || pins.size() < 4) return true;
-  if (IsTag(*this, "R_VCR"))
+  if (IsType("R_VCR"))
     changed = pwl.FindSegment(calc.V(pins[3]) - calc.V(pins[2]), apply);
-  else if (IsTag(*this, "R_CCR"))
+  else if (IsType("R_CCR"))
     changed = pwl.FindSegment(calc.V(firstRow + 1), apply);
   return true;
 }

@@ -3,9 +3,8 @@
 #include <cmath>
 #include <string>
 
-#include "doc/cmps.h"
-#include "doc/doc.h"
-#include "doc/xml_node.h"
+#include "components/cmps.h"
+#include "xml/xml_node.h"
 #include "expr/context.h"
 #include "expr/numtext.h"
 #include "solver/calc.h"
@@ -140,7 +139,7 @@ int CElemV::Stamp(CCalc& calc, int phase, double t) {
     case STAMP_INIT: {
       if (!signal) return 0;
       // Data files named without a folder are looked for beside the circuit.
-      if (calc.doc != nullptr) env.folder = calc.doc->directory;
+      env.folder = calc.settings.folder;
       // A fresh run starts the signal from scratch at 0; a rebuild in the
       // middle of a run (a changed parameter) continues it from the last
       // time point that the driver handed back.
@@ -194,7 +193,7 @@ int CElemV::Stamp(CCalc& calc, int phase, double t) {
 
     case STAMP_SAVE_IC:
       if (HasTimeOrigin(model)) {
-        const bool noShift = calc.doc != nullptr && calc.doc->settings.nsr;
+        const bool noShift = calc.settings.nsr;
         Signal.ShiftTime(t, noShift, kTimeTolerance);
       }
       return 0;

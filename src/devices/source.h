@@ -25,6 +25,11 @@ class CElemV : public CCmp {
   bool GetTraceInfo(int kind, int& nodeA, int& nodeB, int& row, double& value) override;
   int Stamp(CCalc& calc, int phase, double t) override;
   void NextEvent(CCalc& calc, double t, double& nextTime, double& maxStep) override;
+  // A host's input is the constant of the first model ("V" or "I").
+  CFormula* HostInput(int& modelIndex) override {
+    modelIndex = 0;
+    return &Value;
+  }
 
   // Whether the present model is driven by the signal.
   bool HasSignalModel() const;

@@ -3,7 +3,7 @@
 #include <cstring>
 
 #include "devices/logic_generator.h"
-#include "doc/xml_node.h"
+#include "xml/xml_node.h"
 
 namespace tz4 {
 
@@ -189,7 +189,7 @@ bool CElemCS::CheckParams() { return ReportNotSimulated(this); }
 // Only the control of the single-contact logic switch is a logic pin; the
 // control of the SPDT logic switch stays a matrix pin.
 int CElemCS::IsMatrixPin(int pin) {
-  return pin == 2 && std::strcmp(type->tag, "S_LCS") == 0 ? 0 : 1;
+  return pin == 2 && IsType("S_LCS") ? 0 : 1;
 }
 
 bool CElemCS::GetTraceInfo(int kind, int& nodeA, int& nodeB, int& row, double& value) {

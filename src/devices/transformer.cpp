@@ -2,7 +2,7 @@
 
 #include <cstring>
 
-#include "doc/xml_node.h"
+#include "xml/xml_node.h"
 
 namespace tz4 {
 
@@ -60,7 +60,7 @@ CElemW::CElemW(const ElemType& elemType) : CCmp(elemType) {
 }
 
 bool CElemW::IsCustom() const {
-  return type != nullptr && type->tag != nullptr && std::strcmp(type->tag, "W_CUSTOM") == 0;
+  return IsType("W_CUSTOM");
 }
 
 void CElemW::SetWindingCount(int32_t count) {

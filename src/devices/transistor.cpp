@@ -3,7 +3,7 @@
 #include <cstring>
 #include <limits>
 
-#include "doc/xml_node.h"
+#include "xml/xml_node.h"
 
 namespace tz4 {
 
@@ -112,7 +112,7 @@ CElemT::CElemT(const ElemType& elemType)
 }
 
 bool CElemT::IsBipolar() const {
-  return std::strcmp(type->tag, "T_TNPN") == 0 || std::strcmp(type->tag, "T_TPNP") == 0;
+  return IsTypeIn({"T_TNPN", "T_TPNP"});
 }
 
 bool CElemT::Serialize(CXmlNode& archive, bool customFlag) {

@@ -1,11 +1,11 @@
+#include "devices/registry.h"
+#include "expr/formula.h"
 #include "doc/doc.h"
 
 #include <cstdio>
 
-#include "api/last_error.h"
+#include "base/last_error.h"
 #include "components/cmp.h"
-#include "devices/label.h"
-#include "devices/source.h"
 #include "expr/numtext.h"
 #include "expr/text.h"
 #include "solver/calc.h"
@@ -61,7 +61,7 @@ void CDocSettings::SerializeCalc(CXmlNode& calc) {
 
 void CDocSettings::SerializeStep(CXmlNode& element) { element.ArchiveDouble("step", step); }
 
-CDoc::CDoc() : calc(std::make_unique<CCalc>(this)) { cmps.document = &levels_; }
+CDoc::CDoc() : calc(std::make_unique<CCalc>()) { cmps.document = &levels_; }
 
 // Members go in reverse order of declaration: the number lists, the solver
 // and the traces (both point into the collection), then the components.
@@ -111,7 +111,7 @@ bool CDoc::Serialize(CXmlNode* docElement) {
     }
     // An unknown component type ends the list with its message in the last
     // error, but never the load: the document opens with what was read.
-    cmps.Serialize(cmpsElement);
+    cmps.Serialize(cmpsElement, ComponentTypes());
   }
   return true;
 }
@@ -157,7 +157,7 @@ bool CDoc::Save(const std::string& path) {
     // The file keeps its own node numbers, also while a run holds the
     // solver's numbering in the pins; that numbering is back afterwards.
     FileNodesInPins fileNumbering(*this);
-    if (!cmps.Serialize(cmpsElement)) return false;
+    if (!cmps.Serialize(cmpsElement, ComponentTypes())) return false;
     if (options != 0) cmpsElement->SetAttribute("Options", std::to_string(static_cast<int32_t>(options)));
   }
 
@@ -246,31 +246,15 @@ const CParam* CDoc::FindParamByNumber(int number) {
 
 namespace {
 
-bool HasTag(const CCmp& component, const char* tag) {
-  return component.type && component.type->tag && std::string(component.type->tag) == tag;
-}
-
 // Puts the component into the model that takes a host's value and gives the
 // address of that value; null for a component that cannot be an input. A
 // component already in that model keeps its present value; one switched to
 // it starts from 0, and `switched` tells so.
 double* InputValueOf(CCmp& component, bool& switched) {
   switched = false;
-  CFormula* value = nullptr;
   int modelIndex = 0;
-  if (HasTag(component, "label")) {
-    auto* label = dynamic_cast<CLabel*>(&component);
-    if (!label) return nullptr;
-    value = &label->V;
-    modelIndex = CLabel::kInputModelIndex;
-  } else if (HasTag(component, "V_V") || HasTag(component, "I_I")) {
-    auto* source = dynamic_cast<CElemV*>(&component);
-    if (!source) return nullptr;
-    value = &source->Value;
-    modelIndex = 0;
-  } else {
-    return nullptr;
-  }
+  CFormula* value = component.HostInput(modelIndex);
+  if (value == nullptr) return nullptr;
   if (component.modelIndex != modelIndex) {
     switched = true;
     component.modelIndex = modelIndex;
@@ -327,7 +311,7 @@ int CDoc::AddOutput(const char* name) {
     AppendError(std::string("label ") + name + " not found");
     return -1;
   }
-  if (!HasTag(*component, "label")) {
+  if (!component->IsType("label")) {
     AppendError(std::string("component ") + name + " is not a label");
     return -1;
   }
@@ -344,5 +328,20 @@ CTrace* CDoc::FindTraceByHandle(int traceHandle) { return traces.FindByHandle(tr
 CTrace* CDoc::AddTrace(int type, const char* name) { return traces.Add(type, name, cmps, xml.get()); }
 
 void CDoc::DeleteTrace(CTrace* trace) { traces.Delete(trace, xml.get()); }
+
+// ---------------------------------------------------------------- the run
+
+void CDoc::Reset() {
+  running = false;
+  for (const auto& owned : cmps.list) {
+    CCmp* component = owned.get();
+    component->prevModelId = 0;
+    component->pwl.Clear();
+    component->Stamp(*calc, STAMP_RESET, 0.0);
+  }
+  traces.Clear();
+}
+
+void CDoc::DeleteOldData() { traces.DeleteOld(targetTime); }
 
 }  // namespace tz4

@@ -18,12 +18,12 @@
 #include <vector>
 
 #include "components/param.h"
-#include "doc/cmps.h"
+#include "components/cmps.h"
 #include "doc/doc_settings.h"
-#include "doc/xml_node.h"
+#include "xml/xml_node.h"
 #include "expr/context.h"
 #include "results/traces.h"
-#include "solver/driver_state.h"
+#include "doc/driver_state.h"
 
 namespace tz4 {
 
@@ -135,12 +135,10 @@ class CDoc {
   // they stand become the record.
   void RestoreFileNodes();
 
-  // ---- the transient run ----
-  // The transient driver defines these in src/solver/, together with its
-  // working fields.
-  bool Start();
-  bool Run(double interval, int mode);
+  // ---- the transient run (driven from above the document) ----
+  // Ends the run: every component is reset and the recorded samples dropped.
   void Reset();
+  // Drops the samples before the time the host has asked to run to.
   void DeleteOldData();
 
   int32_t handle = -1;            // the host's number; -1 until listed
@@ -150,9 +148,8 @@ class CDoc {
   CCmps cmps;                     // the components
   uint32_t options = 0;           // attribute "Options" of "Cmps"
   CDocSettings settings;          // "Calc" and "Tran"/"Settings"
-  int32_t runClock = 0;           // processor clock at the present call into the driver
   CTraces traces;                 // the recorded quantities
-  std::unique_ptr<CCalc> calc;    // the solver, linked back to this document
+  std::unique_ptr<CCalc> calc;    // the solver of the run
 
   // Parameter numbers: the parameter as bound when its number was given out
   // (its typed pointer names the component's own member, so later bindings

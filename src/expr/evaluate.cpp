@@ -9,12 +9,12 @@
 #include <limits>
 #include <vector>
 
-#include "expr/error_scratch.h"
+#include "base/error_scratch.h"
 #include "expr/functions.h"
 #include "expr/numtext.h"
 #include "expr/opcodes.h"
 #include "expr/operators.h"
-#include "expr/raise.h"
+#include "base/raise.h"
 #include "expr/text.h"
 
 namespace tz4 {

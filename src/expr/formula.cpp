@@ -7,7 +7,7 @@
 
 #include "expr/evaluate.h"
 #include "expr/numtext.h"
-#include "expr/raise.h"
+#include "base/raise.h"
 #include "expr/text.h"
 
 namespace tz4 {

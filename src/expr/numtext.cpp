@@ -8,8 +8,8 @@
 #include <cstring>
 #include <limits>
 
-#include "expr/error_scratch.h"
-#include "expr/raise.h"
+#include "base/error_scratch.h"
+#include "base/raise.h"
 #include "expr/text.h"
 #include "expr/value.h"
 

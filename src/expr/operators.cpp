@@ -9,7 +9,7 @@
 
 #include "expr/numtext.h"
 #include "expr/opcodes.h"
-#include "expr/raise.h"
+#include "base/raise.h"
 
 namespace tz4 {
 

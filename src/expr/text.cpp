@@ -7,7 +7,7 @@
 
 #include "expr/lists.h"
 #include "expr/opcodes.h"
-#include "expr/raise.h"
+#include "base/raise.h"
 
 namespace tz4 {
 

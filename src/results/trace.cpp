@@ -3,8 +3,8 @@
 #include <cstddef>
 
 #include "components/cmp.h"
-#include "doc/cmps.h"
-#include "doc/xml_node.h"
+#include "components/cmps.h"
+#include "xml/xml_node.h"
 #include "expr/context.h"
 #include "expr/evaluate.h"
 #include "expr/text.h"

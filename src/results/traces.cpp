@@ -4,12 +4,12 @@
 #include <cstring>
 #include <string>
 
-#include "api/handles.h"
-#include "api/last_error.h"
+#include "base/handles.h"
+#include "base/last_error.h"
 #include "components/cmp.h"
-#include "doc/cmps.h"
-#include "doc/xml_node.h"
-#include "expr/raise.h"
+#include "components/cmps.h"
+#include "xml/xml_node.h"
+#include "base/raise.h"
 #include "expr/text.h"
 #include "solver/calc.h"
 

@@ -7,13 +7,10 @@
 #include <new>
 
 #include "components/cmp.h"
-#include "doc/doc.h"
 
 namespace tz4 {
 
 namespace {
-
-constexpr double kDefaultZero = 1e-11;
 
 // A system whose A alone needs this many bytes is refused.
 constexpr double kTooBigBytes = 1e9;
@@ -22,20 +19,14 @@ bool IsSubcircuit(const CCmp* component) { return component->ModelId() == MODEL_
 
 }  // namespace
 
-CCalc::CCalc(CDoc* document) : doc(document) {}
+CCalc::CCalc() = default;
 
 CCalc::~CCalc() = default;
 
-double CCalc::Zero() const { return doc ? doc->settings.zero : kDefaultZero; }
-
-int32_t CCalc::Timeout() const { return doc ? doc->settings.timeout : 0; }
-
-// The document keeps the clock in 32 bits; the difference is taken modulo
-// 2^32, so that it stays right when the clock has outgrown that width.
+// The clock is kept in 32 bits; the difference is taken modulo 2^32, so that
+// it stays right when the clock has outgrown that width.
 double CCalc::ElapsedClock() const {
-  if (!doc) return 0.0;
-  return static_cast<double>(
-      static_cast<int32_t>(ProcessMillis() - static_cast<uint32_t>(doc->runClock)));
+  return static_cast<double>(static_cast<int32_t>(ProcessMillis() - runClock));
 }
 
 // ---- storage ----

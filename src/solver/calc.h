@@ -26,7 +26,7 @@
 namespace tz4 {
 
 // Processor time of the process in milliseconds, modulo 2^32: the unit of
-// CDoc::runClock and of every time-out, whatever the platform's clock unit.
+// CCalc::runClock and of every time-out, whatever the platform's clock unit.
 inline uint32_t ProcessMillis() {
   const std::clock_t ticks = std::clock();
   if (ticks == static_cast<std::clock_t>(-1)) return 0;  // no clock: time-outs never fire
@@ -34,13 +34,21 @@ inline uint32_t ProcessMillis() {
   return static_cast<uint32_t>(static_cast<uint64_t>(ms));
 }
 
-class CDoc;
 class CCmp;
 class CCmps;
 
+// What a run tells the solver of its circuit's settings; the driver fills it
+// at each call.
+struct CCalcSettings {
+  double zero = 1e-11;  // numerical zero
+  int32_t timeout = 0;  // time limit of one call in ms of processor time; 0 none
+  bool nsr = false;     // no step reduction: sources do not cut steps at corners
+  std::string folder;   // folder of the circuit file, for relative data files
+};
+
 class CCalc {
  public:
-  explicit CCalc(CDoc* document = nullptr);
+  CCalc();
   virtual ~CCalc();
   CCalc(const CCalc&) = delete;
   CCalc& operator=(const CCalc&) = delete;
@@ -142,15 +150,15 @@ class CCalc {
   // -10 and -99 as Calculate.
   int CalcIC(double t, double h);
 
-  // ---- settings reached through the document ----
-  // Without a document: zero 1e-11 and no time-out.
-  double Zero() const;
-  int32_t Timeout() const;
-  // Processor time since the document's runClock, in milliseconds.
+  // ---- settings of the run ----
+  double Zero() const { return settings.zero; }
+  int32_t Timeout() const { return settings.timeout; }
+  // Processor time since runClock, in milliseconds.
   double ElapsedClock() const;
 
   // ---- fields ----
-  CDoc* doc = nullptr;
+  CCalcSettings settings;
+  uint32_t runClock = 0;    // processor clock at the present call into the driver
   std::vector<CCmp*> cmps;  // the flat run list; owns nothing
   double step = 0.0;
   double low = 0.0, high = 5.0, thr = 2.5;

@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "components/cmp.h"
-#include "doc/cmps.h"
+#include "components/cmps.h"
 #include "solver/calc.h"
 
 namespace tz4 {

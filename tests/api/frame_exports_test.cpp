@@ -12,7 +12,7 @@
 
 #include "../doc/temp_files.h"
 #include "api/documents.h"
-#include "api/last_error.h"
+#include "base/last_error.h"
 #include "tz4.h"
 
 using tz4_test::DataFile;

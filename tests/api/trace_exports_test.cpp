@@ -6,7 +6,7 @@
 #include <string>
 
 #include "api/documents.h"
-#include "api/handles.h"
+#include "base/handles.h"
 #include "circuit_run.h"
 #include "doc/doc.h"
 #include "results/trace.h"

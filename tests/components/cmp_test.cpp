@@ -6,10 +6,11 @@
 #include <variant>
 #include <vector>
 
-#include "api/last_error.h"
+#include "devices/registry.h"
+#include "base/last_error.h"
 #include "components/cmp.h"
 #include "components/elem_type.h"
-#include "doc/xml_node.h"
+#include "xml/xml_node.h"
 #include "test_cmp.h"
 
 namespace tz4 {
@@ -237,7 +238,7 @@ const char* const kOrder[] = {
     "X_SH", "X_DC", "X_B2", "X_B3", "X_B4", "X_B6", "X_B8", "X_CUSTOM", "X_TZ4", "X_C", "X_DLL"};
 
 TEST(ElemSet, TypesStandInTheFixedOrder) {
-  const CElemSet& set = CElemSet::Instance();
+  const CElemSet& set = ComponentTypes();
   size_t next = 0;
   for (const ElemType* type : set.Types()) {
     while (next < std::size(kOrder) && std::string(kOrder[next]) != type->tag) next++;
@@ -248,7 +249,7 @@ TEST(ElemSet, TypesStandInTheFixedOrder) {
 }
 
 TEST(ElemSet, CreateComparesTagsExactly) {
-  const CElemSet& set = CElemSet::Instance();
+  const CElemSet& set = ComponentTypes();
   EXPECT_EQ(set.Create("NO_SUCH"), nullptr);
   EXPECT_EQ(set.Create(""), nullptr);
   EXPECT_EQ(set.Find("label"), nullptr);

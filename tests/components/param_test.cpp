@@ -6,9 +6,9 @@
 #include <limits>
 #include <string>
 
-#include "api/last_error.h"
+#include "base/last_error.h"
 #include "components/param_ops.h"
-#include "expr/raise.h"
+#include "base/raise.h"
 #include "expr/numtext.h"
 #include "../expr/eval_helpers.h"
 #include "test_cmp.h"

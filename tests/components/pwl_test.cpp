@@ -3,7 +3,7 @@
 
 #include <cmath>
 
-#include "api/last_error.h"
+#include "base/last_error.h"
 #include "components/pwl.h"
 #include "test_cmp.h"
 

@@ -7,11 +7,12 @@
 #include <memory>
 #include <string>
 
+#include "devices/registry.h"
 #include "../doc/temp_files.h"
-#include "api/last_error.h"
+#include "base/last_error.h"
 #include "components/signal.h"
 #include "devices/source.h"
-#include "doc/xml_node.h"
+#include "xml/xml_node.h"
 
 namespace tz4 {
 namespace {
@@ -24,7 +25,7 @@ constexpr int kAnyStage = -1000;
 class SignalTest : public ::testing::Test {
  protected:
   void SetUp() override {
-    source_ = CElemSet::Instance().Create("V_V");
+    source_ = ComponentTypes().Create("V_V");
     ASSERT_NE(source_, nullptr);
     source_->name = "V1";
     s_ = &static_cast<CElemV&>(*source_).Signal;

@@ -5,7 +5,7 @@
 #include <string>
 
 #include "components/cmp.h"
-#include "doc/xml_node.h"
+#include "xml/xml_node.h"
 #include "expr/formula.h"
 
 namespace tz4::testing {

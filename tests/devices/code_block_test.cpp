@@ -3,8 +3,9 @@
 #include <cstdio>
 #include <fstream>
 
-#include "code/code_block.h"
-#include "code/dll_block.h"
+#include "devices/registry.h"
+#include "devices/code_block.h"
+#include "devices/dll_block.h"
 #include "devc_archive.h"
 
 namespace tz4 {
@@ -79,8 +80,8 @@ TEST(CodeBlockArchive, InitialValuesUseSemicolonsInTheFile) {
 }
 
 TEST(CodeBlockParams, EveryParameterIsReachableByName) {
-  auto code = CElemSet::Instance().Create("X_C");
-  auto dll = CElemSet::Instance().Create("X_DLL");
+  auto code = ComponentTypes().Create("X_C");
+  auto dll = ComponentTypes().Create("X_DLL");
   ASSERT_NE(code, nullptr);
   ASSERT_NE(dll, nullptr);
   EXPECT_EQ(devc_test::ExpectParamsReachable(*code) + devc_test::ExpectParamsReachable(*dll), 2 + 2 + 4);
@@ -101,12 +102,12 @@ TEST(CodeBlockParams, EveryParameterIsReachableByName) {
 }
 
 TEST(CodeBlockInfo, RowsFollowTheOutputs) {
-  auto code = CElemSet::Instance().Create("X_C");
+  auto code = ComponentTypes().Create("X_C");
   auto& c = static_cast<CElemCode&>(*code);
   EXPECT_EQ(c.GetExtraRows(), 0);
   c.OutCount = 3;
   EXPECT_EQ(c.GetExtraRows(), 3);
-  auto dll = CElemSet::Instance().Create("X_DLL");
+  auto dll = ComponentTypes().Create("X_DLL");
   static_cast<CElemDll&>(*dll).OutCount = 2;
   EXPECT_EQ(dll->GetExtraRows(), 2);
 }
@@ -115,7 +116,7 @@ TEST(CodeBlockInfo, TemporaryLibraryGoesWithTheBlock) {
   const std::string path = std::string(TZ4_BINARY_DIR) + "/devc_temp_library.dll";
   { std::ofstream(path) << "MZ"; }
   {
-    auto dll = CElemSet::Instance().Create("X_DLL");
+    auto dll = ComponentTypes().Create("X_DLL");
     static_cast<CElemDll&>(*dll).TempPath = path;
   }
   std::FILE* file = std::fopen(path.c_str(), "r");

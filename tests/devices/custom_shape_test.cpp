@@ -5,7 +5,7 @@
 #include <memory>
 #include <string>
 
-#include "code/code_block.h"
+#include "devices/code_block.h"
 #include "devc_archive.h"
 #include "devices/function_block.h"
 #include "devices/inductor.h"

@@ -1,3 +1,4 @@
+#include "devices/registry.h"
 #include "devices/delay_line.h"
 
 #include <gtest/gtest.h>
@@ -148,13 +149,13 @@ TEST(DelayLineArchive, AbsentAttributesKeepTheDefaults) {
 TEST(DelayLineParams, EveryParameterIsReachableByName) {
   int seen = 0;
   for (const char* tag : {"X_Delay", "X_Line"}) {
-    auto cmp = CElemSet::Instance().Create(tag);
+    auto cmp = ComponentTypes().Create(tag);
     ASSERT_NE(cmp, nullptr) << tag;
     seen += devc_test::ExpectParamsReachable(*cmp);
   }
   EXPECT_EQ(seen, 2 + 4 + 8);
 
-  auto line = CElemSet::Instance().Create("X_Line");
+  auto line = ComponentTypes().Create("X_Line");
   ASSERT_TRUE(devc_test::SelectModel(*line, "Lossy"));
   EXPECT_EQ(devc_test::ParamNames(*line),
             (std::vector<std::string>{"t0", "z0", "r", "G", "fr", "fG", "VIC", "IIC"}));

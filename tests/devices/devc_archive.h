@@ -13,10 +13,11 @@
 #include <variant>
 #include <vector>
 
+#include "devices/registry.h"
 #include "components/cmp.h"
 #include "components/elem_type.h"
 #include "devices/label.h"
-#include "doc/xml_node.h"
+#include "xml/xml_node.h"
 #include "device_b_support.h"
 
 namespace tz4::devc_test {
@@ -30,7 +31,7 @@ using CmpList = std::vector<std::unique_ptr<CCmp>>;
 inline std::unique_ptr<CCmp> CreateByWord(const std::string& word) {
   if (word == "label") return CreateLabel();
   if (word == "var") return CreateVariable();
-  return CElemSet::Instance().Create(word);
+  return ComponentTypes().Create(word);
 }
 
 // Loads every "Cmp" of the "Cmps" element in `text`, in file order. A type

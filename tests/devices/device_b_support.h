@@ -12,17 +12,18 @@
 #include <variant>
 #include <vector>
 
+#include "devices/registry.h"
 #include "components/cmp.h"
 #include "components/elem_type.h"
-#include "doc/cmps.h"
-#include "doc/xml_node.h"
+#include "components/cmps.h"
+#include "xml/xml_node.h"
 #include "expr/formula.h"
 
 namespace tz4::devtest {
 
 // A component of `tag` from the global type list.
 inline std::unique_ptr<CCmp> Create(const std::string& tag) {
-  std::unique_ptr<CCmp> cmp = CElemSet::Instance().Create(tag);
+  std::unique_ptr<CCmp> cmp = ComponentTypes().Create(tag);
   EXPECT_NE(cmp, nullptr) << tag;
   return cmp;
 }
@@ -75,10 +76,10 @@ inline void ExpectCircuitRoundTrip(const std::string& cmpsElement) {
   CXmlNode root("Cmps");
   ASSERT_EQ(root.LoadFromText(cmpsElement), 0);
   CCmps circuit;
-  ASSERT_TRUE(circuit.Serialize(&root));
+  ASSERT_TRUE(circuit.Serialize(&root, ComponentTypes()));
   CXmlNode out("Cmps");
   out.storing = true;
-  ASSERT_TRUE(circuit.Serialize(&out));
+  ASSERT_TRUE(circuit.Serialize(&out, ComponentTypes()));
   EXPECT_EQ(out.WriteInline(), cmpsElement);
 }
 
@@ -103,7 +104,7 @@ struct ModelRow {
 // The type's description, pin count and model table, row by row.
 inline void ExpectType(const std::string& tag, int64_t pinCount, const char* description,
                        const std::vector<ModelRow>& rows) {
-  const ElemType* type = CElemSet::Instance().Find(tag);
+  const ElemType* type = ComponentTypes().Find(tag);
   ASSERT_NE(type, nullptr) << tag;
   EXPECT_EQ(type->pinCount, pinCount) << tag;
   EXPECT_STREQ(type->description, description) << tag;

@@ -7,7 +7,7 @@
 #include <cmath>
 #include <string>
 
-#include "api/last_error.h"
+#include "base/last_error.h"
 #include "devices/diode.h"
 #include "solver_bench.h"
 

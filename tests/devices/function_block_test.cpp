@@ -1,8 +1,9 @@
+#include "devices/registry.h"
 #include "devices/function_block.h"
 
 #include <gtest/gtest.h>
 
-#include "api/last_error.h"
+#include "base/last_error.h"
 #include "devc_archive.h"
 
 namespace tz4 {
@@ -118,7 +119,7 @@ TEST(FunctionBlockArchive, BusModelNameLoadsAsLinearAndUnknownModelFails) {
 
   CXmlNode node("Cmp");
   ASSERT_EQ(node.LoadFromText("<Cmp type=\"F_1\" name=\"F9\" node0=\"1\" node1=\"2\" model=\"mul\" />"), 0);
-  auto f = CElemSet::Instance().Create("F_1");
+  auto f = ComponentTypes().Create("F_1");
   ASSERT_NE(f, nullptr);
   EXPECT_FALSE(f->Serialize(node, false));
   EXPECT_EQ(f->modelIndex, -1);
@@ -127,7 +128,7 @@ TEST(FunctionBlockArchive, BusModelNameLoadsAsLinearAndUnknownModelFails) {
 TEST(FunctionBlockParams, EveryParameterIsReachableByName) {
   int seen = 0;
   for (const char* tag : {"F_1", "F_2", "F_CUSTOM", "Y_FUNCTION", "Y_BUS"}) {
-    auto cmp = CElemSet::Instance().Create(tag);
+    auto cmp = ComponentTypes().Create(tag);
     ASSERT_NE(cmp, nullptr) << tag;
     seen += devc_test::ExpectParamsReachable(*cmp);
   }
@@ -135,10 +136,10 @@ TEST(FunctionBlockParams, EveryParameterIsReachableByName) {
 }
 
 TEST(FunctionBlockParams, TablesFollowTheModel) {
-  auto one = CElemSet::Instance().Create("F_1");
-  auto two = CElemSet::Instance().Create("F_2");
-  auto logic = CElemSet::Instance().Create("Y_FUNCTION");
-  auto bus = CElemSet::Instance().Create("Y_BUS");
+  auto one = ComponentTypes().Create("F_1");
+  auto two = ComponentTypes().Create("F_2");
+  auto logic = ComponentTypes().Create("Y_FUNCTION");
+  auto bus = ComponentTypes().Create("Y_BUS");
   using Names = std::vector<std::string>;
   ASSERT_TRUE(devc_test::SelectModel(*one, "Function"));
   EXPECT_EQ(devc_test::ParamNames(*one), (Names{"F(x)", "F(s)", "IC"}));

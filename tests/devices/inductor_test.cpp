@@ -2,6 +2,7 @@
 // custom shapes, the file element, the IC text.
 #include <gtest/gtest.h>
 
+#include "devices/registry.h"
 #include "device_b_support.h"
 #include "devices/inductor.h"
 
@@ -21,7 +22,7 @@ TEST(InductorTypes, TablesAsTheFileAndHostSeeThem) {
   ExpectType("L_VCL", 4, "Voltage controlled\ninductor", {{"PWL", 8, 1, 7}});
   ExpectType("L_CCL", 4, "Current controlled\ninductor", {{"PWL", 8, 2, 7}});
   // The custom set builds its table per instance.
-  const ElemType* custom = CElemSet::Instance().Find("L_CUSTOM");
+  const ElemType* custom = ComponentTypes().Find("L_CUSTOM");
   ASSERT_NE(custom, nullptr);
   EXPECT_EQ(custom->pinCount, 0);
   EXPECT_STREQ(custom->description, "Custom coupled\ninductors");

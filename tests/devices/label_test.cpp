@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "api/last_error.h"
+#include "base/last_error.h"
 #include "devc_archive.h"
 
 namespace tz4 {

@@ -1,8 +1,9 @@
+#include "devices/registry.h"
 #include "devices/meter_blocks.h"
 
 #include <gtest/gtest.h>
 
-#include "api/last_error.h"
+#include "base/last_error.h"
 #include "devc_archive.h"
 
 namespace tz4 {
@@ -76,12 +77,12 @@ TEST(MeterBlocksParams, EveryParameterIsReachableByName) {
   int seen = 0;
   for (const char* tag : {"A_A", "V_VM", "W_WM", "X_DC", "X_SH", "X_B2", "X_B3", "X_B4", "X_B6", "X_B8",
                           "X_CUSTOM", "X_TZ4"}) {
-    auto cmp = CElemSet::Instance().Create(tag);
+    auto cmp = ComponentTypes().Create(tag);
     ASSERT_NE(cmp, nullptr) << tag;
     seen += devc_test::ExpectParamsReachable(*cmp);
   }
   EXPECT_EQ(seen, 2 + 1);
-  auto dc = CElemSet::Instance().Create("X_DC");
+  auto dc = ComponentTypes().Create("X_DC");
   ASSERT_TRUE(devc_test::SelectModel(*dc, "Coupler"));
   EXPECT_EQ(devc_test::ParamNames(*dc), (std::vector<std::string>{"z0", "CF"}));
   EXPECT_EQ(dc->GetExtraRows(), 3);
@@ -116,7 +117,7 @@ TEST(MeterBlocksInfo, TracesReadTheRightNodesAndRows) {
   }
 
   // A voltmeter adds no row; a meter is marked as such in its trace mask.
-  auto vm = CElemSet::Instance().Create("V_VM");
+  auto vm = ComponentTypes().Create("V_VM");
   ASSERT_TRUE(devc_test::SelectModel(*vm, "Voltmeter"));
   EXPECT_EQ(vm->GetExtraRows(), 0);
   EXPECT_NE(vm->GetModel()->traceMask & 32, 0);

@@ -10,10 +10,11 @@
 #include <limits>
 #include <string>
 
-#include "api/last_error.h"
+#include "devices/registry.h"
+#include "base/last_error.h"
 #include "devices/resistor.h"
-#include "doc/cmps.h"
-#include "doc/xml_node.h"
+#include "components/cmps.h"
+#include "xml/xml_node.h"
 #include "solver/calc.h"
 
 namespace tz4 {
@@ -26,7 +27,7 @@ class Bench {
   explicit Bench(const std::string& elements) {
     CXmlNode root("Cmps");
     EXPECT_EQ(root.LoadFromText("<Cmps>" + elements + "</Cmps>"), 0);
-    EXPECT_TRUE(cmps.Serialize(&root)) << LastError();
+    EXPECT_TRUE(cmps.Serialize(&root, ComponentTypes())) << LastError();
     cmps.UpdateFormulas();
   }
 

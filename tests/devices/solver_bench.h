@@ -10,9 +10,10 @@
 #include <string>
 #include <vector>
 
+#include "devices/registry.h"
 #include "../solver/fake_cmp.h"
-#include "doc/cmps.h"
-#include "doc/xml_node.h"
+#include "components/cmps.h"
+#include "xml/xml_node.h"
 #include "solver/calc.h"
 
 namespace tz4::devtest {
@@ -24,7 +25,7 @@ class SolverBench {
   void Load(const std::string& elements) {
     CXmlNode root("Cmps");
     ASSERT_EQ(root.LoadFromText("<Cmps>" + elements + "</Cmps>"), 0);
-    ASSERT_TRUE(cmps.Serialize(&root));
+    ASSERT_TRUE(cmps.Serialize(&root, ComponentTypes()));
     cmps.UpdateFormulas();
   }
 

@@ -11,12 +11,12 @@
 #include <fstream>
 #include <string>
 
-#include "api/last_error.h"
+#include "devices/registry.h"
+#include "base/last_error.h"
 #include "devices/resistor.h"
 #include "devices/source.h"
-#include "doc/cmps.h"
-#include "doc/doc.h"
-#include "doc/xml_node.h"
+#include "components/cmps.h"
+#include "xml/xml_node.h"
 #include "solver/calc.h"
 
 namespace tz4 {
@@ -28,14 +28,15 @@ constexpr double kPi = 3.14159265358;
 void LoadInto(CCmps& cmps, const std::string& elements) {
   CXmlNode root("Cmps");
   ASSERT_EQ(root.LoadFromText("<Cmps>" + elements + "</Cmps>"), 0);
-  ASSERT_TRUE(cmps.Serialize(&root)) << LastError();
+  ASSERT_TRUE(cmps.Serialize(&root, ComponentTypes())) << LastError();
   cmps.UpdateFormulas();
 }
 
 // A circuit in one run list; nodes 1, 2, ... keep their numbers.
 class Bench {
  public:
-  explicit Bench(const std::string& elements, CDoc* doc = nullptr) : calc(doc) {
+  explicit Bench(const std::string& elements, const CCalcSettings& settings = {}) {
+    calc.settings = settings;
     LoadInto(cmps, elements);
     calc.step = 1e-3;
   }
@@ -242,17 +243,16 @@ class SourceFile : public ::testing::Test {
               ::testing::UnitTest::GetInstance()->current_test_info()->name());
     std::filesystem::create_directories(folder);
     std::ofstream(folder / "ramp.txt") << "0\t0\n1e-3\t5\nheader\n2e-3,5\n";
-    doc.directory = folder.string() + "/";
-    doc.settings.zero = 1e-11;
+    settings.folder = folder.string() + "/";
   }
   void TearDown() override { std::filesystem::remove_all(folder); }
 
   std::filesystem::path folder;
-  CDoc doc;
+  CCalcSettings settings;
 };
 
 TEST_F(SourceFile, DataFileNamedAloneIsFoundBesideTheCircuit) {
-  Bench bench(Signal("File", "file=\"ramp.txt\"") + Load(1), &doc);
+  Bench bench(Signal("File", "file=\"ramp.txt\"") + Load(1), settings);
   SetLastError("");
   ASSERT_EQ(bench.Build(), 0) << LastError();
   EXPECT_EQ(bench.Src("V1").Signal.PointCount, 3);
@@ -261,10 +261,10 @@ TEST_F(SourceFile, DataFileNamedAloneIsFoundBesideTheCircuit) {
 }
 
 TEST_F(SourceFile, MissingFileFailsTheBuildWithItsPath) {
-  Bench bench(Signal("File", "file=\"missing.txt\"") + Load(1), &doc);
+  Bench bench(Signal("File", "file=\"missing.txt\"") + Load(1), settings);
   SetLastError("");
   EXPECT_EQ(bench.Build(), -1);
-  EXPECT_EQ(LastError(), "V1 : Can't open file \"" + doc.directory + "missing.txt\"; ");
+  EXPECT_EQ(LastError(), "V1 : Can't open file \"" + settings.folder + "missing.txt\"; ");
 }
 
 TEST(SourceRestart, ContinuedRunKeepsTheSinePhaseAndAFreshRunRestartsIt) {
@@ -312,9 +312,9 @@ TEST(SourceSaveIC, TimedModelsMoveTheirOriginToTheSavedPoint) {
 }
 
 TEST(SourceSaveIC, NoShiftSettingKeepsTheOrigin) {
-  CDoc doc;
-  doc.settings.nsr = true;
-  Bench bench(Signal("Step", "d=\"2e-3\"") + Load(1), &doc);
+  CCalcSettings settings;
+  settings.nsr = true;
+  Bench bench(Signal("Step", "d=\"2e-3\"") + Load(1), settings);
   ASSERT_EQ(bench.Build(), 0);
   const double delay = bench.Src("V1").Signal.Delay.Value;
   bench.calc.lastTime = 2.5e-4;

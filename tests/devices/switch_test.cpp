@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "api/last_error.h"
+#include "base/last_error.h"
 #include "device_b_support.h"
 #include "devices/switch.h"
 

@@ -1,3 +1,4 @@
+#include "devices/registry.h"
 #include "devices/transformer.h"
 
 #include <gtest/gtest.h>
@@ -44,13 +45,13 @@ TEST(TransformerArchive, AbsentTurnsAreOne) {
 TEST(TransformerParams, FixedTypesShareTheTurns) {
   int seen = 0;
   for (const char* tag : {"W_W", "W_T2", "W_T3"}) {
-    auto cmp = CElemSet::Instance().Create(tag);
+    auto cmp = ComponentTypes().Create(tag);
     ASSERT_NE(cmp, nullptr) << tag;
     seen += devc_test::ExpectParamsReachable(*cmp);
   }
   EXPECT_EQ(seen, 1 + 2 + 2);
 
-  auto w = CElemSet::Instance().Create("W_W");
+  auto w = ComponentTypes().Create("W_W");
   auto& winding = static_cast<CElemW&>(*w);
   ASSERT_TRUE(devc_test::SelectModel(winding, "Winding"));
   CParam n;
@@ -59,7 +60,7 @@ TEST(TransformerParams, FixedTypesShareTheTurns) {
   EXPECT_FALSE(w->FindParam("n2", n));
   EXPECT_EQ(w->GetExtraRows(), 1);
 
-  auto t3 = CElemSet::Instance().Create("W_T3");
+  auto t3 = ComponentTypes().Create("W_T3");
   ASSERT_TRUE(devc_test::SelectModel(*t3, "Transformer"));
   EXPECT_EQ(t3->GetExtraRows(), 4);
   ASSERT_TRUE(devc_test::SelectModel(*t3, "SubCir"));
@@ -67,7 +68,7 @@ TEST(TransformerParams, FixedTypesShareTheTurns) {
 }
 
 TEST(TransformerCustom, WindingsMakeTheirOwnTable) {
-  auto cmp = CElemSet::Instance().Create("W_CUSTOM");
+  auto cmp = ComponentTypes().Create("W_CUSTOM");
   ASSERT_NE(cmp, nullptr);
   auto& w = static_cast<CElemW&>(*cmp);
   ASSERT_TRUE(devc_test::SelectModel(w, "Transformer"));
@@ -91,7 +92,7 @@ TEST(TransformerCustom, WindingsMakeTheirOwnTable) {
 }
 
 TEST(TransformerCustom, TurnsAreSavedUnderTheirNames) {
-  auto cmp = CElemSet::Instance().Create("W_CUSTOM");
+  auto cmp = ComponentTypes().Create("W_CUSTOM");
   auto& w = static_cast<CElemW&>(*cmp);
   ASSERT_TRUE(devc_test::SelectModel(w, "Transformer"));
   w.name = "TX";
@@ -104,7 +105,7 @@ TEST(TransformerCustom, TurnsAreSavedUnderTheirNames) {
   EXPECT_NE(stored.find(" w=\"1\" w1=\"1\" n1=\"3\" n2_str=\"%3dN\" n2=\"4\""), std::string::npos) << stored;
 
   // A component whose windings are known reads them back.
-  auto other = CElemSet::Instance().Create("W_CUSTOM");
+  auto other = ComponentTypes().Create("W_CUSTOM");
   auto& w2 = static_cast<CElemW&>(*other);
   w2.SetWindingCount(2);
   CXmlNode node("Cmp");

@@ -12,6 +12,7 @@
 #include <variant>
 #include <vector>
 
+#include "devices/registry.h"
 #include "components/cmp.h"
 #include "components/param_ops.h"
 #include "devices/label.h"
@@ -222,12 +223,12 @@ const TypeRow kTypes[] = {
 };
 
 TEST(FileFidelity, TheSeventySixTypesStandInOrderWithTheirPins) {
-  const auto& types = tz4::CElemSet::Instance().Types();
+  const auto& types = tz4::ComponentTypes().Types();
   ASSERT_EQ(types.size(), std::size(kTypes));
   for (size_t i = 0; i < types.size(); i++) {
     EXPECT_STREQ(types[i]->tag, kTypes[i].tag) << i;
     EXPECT_EQ(types[i]->pinCount, kTypes[i].pins) << kTypes[i].tag;
-    auto cmp = tz4::CElemSet::Instance().Create(kTypes[i].tag);
+    auto cmp = tz4::ComponentTypes().Create(kTypes[i].tag);
     ASSERT_NE(cmp, nullptr) << kTypes[i].tag;
     EXPECT_EQ(cmp->pinCount, kTypes[i].pins) << kTypes[i].tag;
   }
@@ -498,7 +499,7 @@ TEST(FileFidelity, ModelTablesAndParameterNamesOfEveryType) {
   std::set<std::string> seen;
   for (const ModelTable& table : AllModelTables()) {
     for (const char* tag : table.tags) {
-      auto cmp = tz4::CElemSet::Instance().Create(tag);
+      auto cmp = tz4::ComponentTypes().Create(tag);
       ASSERT_NE(cmp, nullptr) << tag;
       ExpectModels(*cmp, tag, table);
       seen.insert(tag);

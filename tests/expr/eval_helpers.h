@@ -11,7 +11,7 @@
 #include "expr/evaluate.h"
 #include "expr/formula.h"
 #include "expr/numtext.h"
-#include "expr/raise.h"
+#include "base/raise.h"
 #include "expr/text.h"
 #include "expr/value.h"
 

@@ -5,7 +5,7 @@
 #include <string>
 
 #include "expr/lists.h"
-#include "expr/raise.h"
+#include "base/raise.h"
 #include "expr/text.h"
 
 namespace tz4 {

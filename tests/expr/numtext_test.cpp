@@ -9,7 +9,7 @@
 
 #include "eval_helpers.h"
 #include "expr/numtext.h"
-#include "expr/raise.h"
+#include "base/raise.h"
 #include "expr/value.h"
 
 namespace tz4 {

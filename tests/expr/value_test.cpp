@@ -5,7 +5,7 @@
 #include <string>
 
 #include "expr/opcodes.h"
-#include "expr/raise.h"
+#include "base/raise.h"
 #include "expr/value.h"
 
 namespace tz4 {

@@ -8,10 +8,11 @@
 #include <variant>
 #include <vector>
 
-#include "api/last_error.h"
+#include "devices/registry.h"
+#include "base/last_error.h"
 #include "components/cmp.h"
-#include "doc/cmps.h"
-#include "doc/xml_node.h"
+#include "components/cmps.h"
+#include "xml/xml_node.h"
 #include "expr/formula.h"
 #include "results/trace.h"
 #include "results/traces.h"
@@ -70,7 +71,7 @@ class TraceTest : public ::testing::Test {
     root->storing = false;
     CXmlNode* doc = root->FindChild("Doc");
     ASSERT_NE(doc, nullptr);
-    ASSERT_TRUE(cmps.Serialize(doc->FindChild("Cmps")));
+    ASSERT_TRUE(cmps.Serialize(doc->FindChild("Cmps"), ComponentTypes()));
     ASSERT_EQ(cmps.Count(), 5);
     SetLastError("");
     // Node numbers as the file gives them; x[i] = 10 * i, ground 0.

@@ -4,7 +4,7 @@
 
 #include <memory>
 
-#include "doc/cmps.h"
+#include "components/cmps.h"
 #include "fake_cmp.h"
 
 namespace tz4 {

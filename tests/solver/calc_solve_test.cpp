@@ -8,7 +8,6 @@
 #include <string>
 #include <vector>
 
-#include "doc/doc.h"
 #include "fake_cmp.h"
 
 namespace tz4 {
@@ -111,9 +110,8 @@ TEST(CalcSolve, CancellationRuleAtItsEdge) {
   const std::vector<std::vector<double>> a = {{1.0, 1.0}, {1.0, 1.0 - 1e-12}};
   const std::vector<double> c = {-1.0, -(1.0 - 1e-12)};
   {
-    CDoc doc;
-    doc.settings.zero = 1e-11;
-    Circuit circuit(&doc);
+    Circuit circuit;
+    circuit.calc.settings.zero = 1e-11;
     Block(circuit, a, c);
     ASSERT_TRUE(circuit.Build());
     EXPECT_EQ(SolveNow(circuit.calc), 1);
@@ -122,9 +120,8 @@ TEST(CalcSolve, CancellationRuleAtItsEdge) {
     EXPECT_EQ(circuit.calc.x[1], 1.0);
   }
   {
-    CDoc doc;
-    doc.settings.zero = 1e-13;
-    Circuit circuit(&doc);
+    Circuit circuit;
+    circuit.calc.settings.zero = 1e-13;
     Block(circuit, a, c);
     ASSERT_TRUE(circuit.Build());
     EXPECT_EQ(SolveNow(circuit.calc), 0);

@@ -5,7 +5,6 @@
 
 #include <ctime>
 
-#include "doc/doc.h"
 #include "fake_cmp.h"
 
 namespace tz4 {
@@ -169,31 +168,29 @@ TEST(CalcSwitching, OneChangePerRoundWithOs) {
 
 TEST(CalcSwitching, TimeOutWithoutAndWithACause) {
   {
-    CDoc doc;
-    doc.settings.timeout = 1;
-    Circuit circuit(&doc);
+    Circuit circuit;
+    circuit.calc.settings.timeout = 1;
     circuit.Resistor("R1", 1, 0, 1.0);
     ASSERT_TRUE(circuit.Build());
-    doc.runClock = static_cast<int32_t>(ProcessMillis() - 5000u);
+    circuit.calc.runClock = (ProcessMillis() - 5000u);
     EXPECT_EQ(circuit.calc.Calculate(0.0, 1e-3, false, false), -99);
     EXPECT_EQ(circuit.calc.error, "Calc IC time-out : reason unknown");
     EXPECT_EQ(circuit.calc.historyUsed, 0);
   }
   {
     // A state that never repeats: only the clock ends it.
-    CDoc doc;
-    doc.settings.timeout = 1;
-    Circuit circuit(&doc);
+    Circuit circuit;
+    circuit.calc.settings.timeout = 1;
     circuit.Resistor("R1", 1, 0, 1.0);
     FakeCmp& endless = circuit.Add("E1", {1});
     endless.onCheck = [&endless](CCalc& calc, bool apply) {
       if (apply) ++endless.state;
       if (endless.state == 25)
-        calc.doc->runClock = static_cast<int32_t>(ProcessMillis() - 10000u);
+        calc.runClock = (ProcessMillis() - 10000u);
       return true;
     };
     ASSERT_TRUE(circuit.Build());
-    doc.runClock = static_cast<int32_t>(ProcessMillis());
+    circuit.calc.runClock = (ProcessMillis());
     EXPECT_EQ(circuit.calc.Calculate(0.0, 1e-3, false, false), -99);
     EXPECT_EQ(circuit.calc.error, "Calc IC time-out :  switching triggered by E1");
     EXPECT_EQ(endless.state, 25);
@@ -202,11 +199,10 @@ TEST(CalcSwitching, TimeOutWithoutAndWithACause) {
     EXPECT_EQ(circuit.calc.historyUsed, 0);
   }
   {
-    CDoc doc;  // no time-out: a clock far in the past does not matter
-    Circuit circuit(&doc);
+    Circuit circuit;  // no time-out: a clock far in the past does not matter
     circuit.Resistor("R1", 1, 0, 1.0);
     ASSERT_TRUE(circuit.Build());
-    doc.runClock = static_cast<int32_t>(ProcessMillis() - 50000u);
+    circuit.calc.runClock = (ProcessMillis() - 50000u);
     EXPECT_EQ(circuit.calc.Calculate(0.0, 1e-3, false, false), 0);
   }
 }

@@ -77,7 +77,7 @@ class FakeCmp : public CCmp {
 // A small circuit built from fake components straight into a run list.
 class Circuit {
  public:
-  explicit Circuit(CDoc* doc = nullptr) : calc(doc) {}
+  Circuit() = default;
 
   FakeCmp& Add(const std::string& name, std::vector<int32_t> nodes, int32_t rows = 0) {
     parts.push_back(std::make_unique<FakeCmp>(name, std::move(nodes), rows));

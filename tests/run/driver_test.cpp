@@ -2,7 +2,7 @@
 // the three run modes, event landing, halving at a state change, the fixed
 // step, failures and their texts, restarts after changes in the middle of a
 // run, and the initial conditions.
-#include "solver/driver.h"
+#include "run/driver.h"
 
 #include <gtest/gtest.h>
 
@@ -13,9 +13,9 @@
 #include <string>
 #include <vector>
 
-#include "api/last_error.h"
+#include "base/last_error.h"
 #include "doc/doc.h"
-#include "fake_cmp.h"
+#include "../solver/fake_cmp.h"
 #include "results/trace.h"
 #include "solver/calc.h"
 
@@ -158,7 +158,7 @@ class Bench {
 TEST(DriverStart, BuildsSolvesAndStoresTheInitialPoint) {
   Bench bench;
   CTrace& out = bench.Divider([](double) { return 2.0; });
-  ASSERT_TRUE(bench.doc.Start()) << LastError();
+  ASSERT_TRUE(StartRun(bench.doc)) << LastError();
   EXPECT_TRUE(bench.doc.running);
   EXPECT_EQ(bench.doc.changeFlags, 0u);
   EXPECT_EQ(bench.doc.time, 0.0);
@@ -170,12 +170,12 @@ TEST(DriverStart, BuildsSolvesAndStoresTheInitialPoint) {
   EXPECT_NEAR(s[0].v, 1.0, 1e-12);
 
   // A second start throws the first run away.
-  ASSERT_TRUE(bench.doc.Run(5e-3, RUN_INTERVAL));
+  ASSERT_TRUE(RunDocument(bench.doc, 5e-3, RUN_INTERVAL));
   EXPECT_NEAR(bench.doc.time, 5.02e-3, 1e-15);
   double t = 0, v = 0;
   out.data.GetAt(out.data.Count() - 1, &t, &v);
   EXPECT_EQ(t, bench.doc.time);
-  ASSERT_TRUE(bench.doc.Start());
+  ASSERT_TRUE(StartRun(bench.doc));
   EXPECT_EQ(out.data.Count(), 1);
   EXPECT_EQ(bench.doc.time, 0.0);
 }
@@ -184,8 +184,8 @@ TEST(DriverRun, EventSequenceThenSteadyStepsOnTheKeptFactorisation) {
   Bench bench;
   CTrace& out = bench.Divider([](double t) { return 1.0 + t; });
   Part& r1 = *static_cast<Part*>(bench.doc.cmps.Find("R1"));
-  ASSERT_TRUE(bench.doc.Start());
-  ASSERT_TRUE(bench.doc.Run(3e-3, RUN_INTERVAL)) << LastError();
+  ASSERT_TRUE(StartRun(bench.doc));
+  ASSERT_TRUE(RunDocument(bench.doc, 3e-3, RUN_INTERVAL)) << LastError();
   // Crossing the start with two short Euler steps of kmin * step, then the
   // full step.
   const double expected[] = {0.0, 1e-5, 2e-5, 1.02e-3, 2.02e-3, 3.02e-3};
@@ -199,7 +199,7 @@ TEST(DriverRun, EventSequenceThenSteadyStepsOnTheKeptFactorisation) {
 
   // Steady steps stamp the sources and nothing else.
   const int matrices = r1.Count(STAMP_MATRIX);
-  ASSERT_TRUE(bench.doc.Run(50e-3, RUN_INTERVAL));
+  ASSERT_TRUE(RunDocument(bench.doc, 50e-3, RUN_INTERVAL));
   EXPECT_EQ(r1.Count(STAMP_MATRIX), matrices);
   s = Bench::Samples(out);
   EXPECT_NEAR(s.back().t, 53.02e-3, 1e-12);
@@ -209,15 +209,15 @@ TEST(DriverRun, EventSequenceThenSteadyStepsOnTheKeptFactorisation) {
 TEST(DriverRun, IntervalModeLandsOnTheTargetAndResumesWithTheOldStep) {
   Bench bench;
   CTrace& out = bench.Divider([](double t) { return t; });
-  ASSERT_TRUE(bench.doc.Start());
-  ASSERT_TRUE(bench.doc.Run(2.5e-3, RUN_EXACT));
+  ASSERT_TRUE(StartRun(bench.doc));
+  ASSERT_TRUE(RunDocument(bench.doc, 2.5e-3, RUN_EXACT));
   EXPECT_EQ(bench.doc.drive.stepKind, STEP_TO_TARGET);
   EXPECT_NEAR(bench.doc.time, 2.5e-3, 1e-15);
   auto s = Bench::Samples(out);
   EXPECT_NEAR(s.back().t, 2.5e-3, 1e-15);
   EXPECT_NEAR(s.back().v, 1.25e-3, 1e-12);
 
-  ASSERT_TRUE(bench.doc.Run(2.5e-3, RUN_EXACT));
+  ASSERT_TRUE(RunDocument(bench.doc, 2.5e-3, RUN_EXACT));
   EXPECT_TRUE(Bench::HasSampleAt(out, 3.5e-3));
   EXPECT_TRUE(Bench::HasSampleAt(out, 4.5e-3));
   EXPECT_NEAR(bench.doc.time, 5e-3, 1e-15);
@@ -227,13 +227,13 @@ TEST(DriverRun, IntervalModeLandsOnTheTargetAndResumesWithTheOldStep) {
 TEST(DriverRun, PlainModeStopsAtTheFirstPointAtOrPastTheTarget) {
   Bench bench;
   CTrace& out = bench.Divider([](double t) { return t; });
-  ASSERT_TRUE(bench.doc.Start());
-  ASSERT_TRUE(bench.doc.Run(2.5e-3, RUN_INTERVAL));
+  ASSERT_TRUE(StartRun(bench.doc));
+  ASSERT_TRUE(RunDocument(bench.doc, 2.5e-3, RUN_INTERVAL));
   EXPECT_NEAR(bench.doc.time, 3.02e-3, 1e-15);
   EXPECT_FALSE(Bench::HasSampleAt(out, 2.5e-3));
   EXPECT_EQ(bench.doc.targetTime, 2.5e-3);
   // Already past the next target: one more step, then stop.
-  ASSERT_TRUE(bench.doc.Run(0.1e-3, RUN_INTERVAL));
+  ASSERT_TRUE(RunDocument(bench.doc, 0.1e-3, RUN_INTERVAL));
   EXPECT_NEAR(bench.doc.time, 4.02e-3, 1e-15);
   EXPECT_NEAR(bench.doc.targetTime, 2.6e-3, 1e-15);
 }
@@ -241,11 +241,11 @@ TEST(DriverRun, PlainModeStopsAtTheFirstPointAtOrPastTheTarget) {
 TEST(DriverRun, OneStepModeStoresOnePointAndMovesTheTarget) {
   Bench bench;
   CTrace& out = bench.Divider([](double) { return 1.0; });
-  ASSERT_TRUE(bench.doc.Start());
+  ASSERT_TRUE(StartRun(bench.doc));
   const double times[] = {1e-5, 2e-5, 1.02e-3, 2.02e-3};
   for (double t : times) {
     const int before = out.data.Count();
-    ASSERT_TRUE(bench.doc.Run(0.0, RUN_ONE_STEP));
+    ASSERT_TRUE(RunDocument(bench.doc, 0.0, RUN_ONE_STEP));
     EXPECT_NEAR(bench.doc.time, t, 1e-15);
     EXPECT_EQ(bench.doc.targetTime, bench.doc.time);
     // A flat stretch moves its last sample instead of adding one.
@@ -267,8 +267,8 @@ TEST(DriverEvents, StepsLandOnKnownEventsAndShortStepsAreRaised) {
   // A ramp that jumps by 1 at the first corner and by 2 more at the second.
   auto v = [=](double t) { return t + (t < corner ? 0.0 : (t < late ? 1.0 : 3.0)); };
   CTrace& out = bench.Divider(v, {corner, late});
-  ASSERT_TRUE(bench.doc.Start());
-  ASSERT_TRUE(bench.doc.Run(6e-3, RUN_INTERVAL)) << LastError();
+  ASSERT_TRUE(StartRun(bench.doc));
+  ASSERT_TRUE(RunDocument(bench.doc, 6e-3, RUN_INTERVAL)) << LastError();
   EXPECT_TRUE(Bench::HasSampleAt(out, corner));
   EXPECT_TRUE(Bench::HasSampleAt(out, corner + 1e-5));  // Euler crossing
   EXPECT_TRUE(Bench::HasSampleAt(out, corner + 2e-5));
@@ -288,8 +288,8 @@ TEST(DriverEvents, HalvingBracketsAStateChangeWithinTheSmallestStep) {
   Part& d = bench.Diode("D1", 2, 1);
   bench.Resistor("R1", 0, 2, 1000.0);
   CTrace& out = bench.Trace("R1");
-  ASSERT_TRUE(bench.doc.Start());
-  ASSERT_TRUE(bench.doc.Run(5e-3, RUN_INTERVAL)) << LastError();
+  ASSERT_TRUE(StartRun(bench.doc));
+  ASSERT_TRUE(RunDocument(bench.doc, 5e-3, RUN_INTERVAL)) << LastError();
   EXPECT_EQ(d.state, 1);
   const double hMin = 1e-5;
   double lastOff = -1, firstOn = 1;
@@ -319,8 +319,8 @@ TEST(DriverEvents, FixedStepNeitherLandsNorHalves) {
   bench.Diode("D1", 2, 1);
   bench.Resistor("R1", 0, 2, 1000.0);
   CTrace& out = bench.Trace("V1");  // a ramp: no flat stretch merges points
-  ASSERT_TRUE(bench.doc.Start());
-  ASSERT_TRUE(bench.doc.Run(8e-3, RUN_EXACT)) << LastError();
+  ASSERT_TRUE(StartRun(bench.doc));
+  ASSERT_TRUE(RunDocument(bench.doc, 8e-3, RUN_EXACT)) << LastError();
   const auto s = Bench::Samples(out);
   ASSERT_GE(s.size(), 8u);
   for (size_t i = 1; i < s.size(); ++i) EXPECT_NEAR(s[i].t - s[i - 1].t, 1e-3, 1e-12) << i;
@@ -340,9 +340,9 @@ TEST(DriverFailure, ReportsTheTimeAndTheSolverTextOnceAndEndsTheRun) {
     }
     return 0;
   };
-  ASSERT_TRUE(bench.doc.Start());
+  ASSERT_TRUE(StartRun(bench.doc));
   SetLastError("X: ");
-  EXPECT_FALSE(bench.doc.Run(10e-3, RUN_INTERVAL));
+  EXPECT_FALSE(RunDocument(bench.doc, 10e-3, RUN_INTERVAL));
   EXPECT_EQ(LastError(), "X: Transient error at t=4.02e-3 : Z1: broken");
   EXPECT_FALSE(bench.doc.running);
   EXPECT_EQ(bench.doc.targetTime, 10e-3);
@@ -351,7 +351,7 @@ TEST(DriverFailure, ReportsTheTimeAndTheSolverTextOnceAndEndsTheRun) {
 
   // The next call starts again from 0.
   bad.onStamp = nullptr;
-  ASSERT_TRUE(bench.doc.Run(1e-3, RUN_INTERVAL)) << LastError();
+  ASSERT_TRUE(RunDocument(bench.doc, 1e-3, RUN_INTERVAL)) << LastError();
   EXPECT_TRUE(bench.doc.running);
   EXPECT_EQ(bench.doc.targetTime, 1e-3);
   double t = -1, v = 0;
@@ -364,18 +364,18 @@ TEST(DriverFailure, AFailureOutsideTheReportEndsWithTheComponentsWordsOrTheUnkno
   Bench bench;
   bench.Divider([](double) { return 1.0; });
   Part& r2 = *static_cast<Part*>(bench.doc.cmps.Find("R2"));
-  ASSERT_TRUE(bench.doc.Start());
-  ASSERT_TRUE(bench.doc.Run(2e-3, RUN_INTERVAL));
+  ASSERT_TRUE(StartRun(bench.doc));
+  ASSERT_TRUE(RunDocument(bench.doc, 2e-3, RUN_INTERVAL));
   r2.checkError = "R < 0";
   bench.doc.changeFlags |= CHANGE_PARAMS;
   SetLastError("X: ");
-  EXPECT_FALSE(bench.doc.Run(2e-3, RUN_INTERVAL));
+  EXPECT_FALSE(RunDocument(bench.doc, 2e-3, RUN_INTERVAL));
   EXPECT_EQ(LastError(), "X: R2 : R < 0; unknown transient error");
   EXPECT_FALSE(bench.doc.running);
 
   // At the start, the components' words stand alone.
   SetLastError("X: ");
-  EXPECT_FALSE(bench.doc.Start());
+  EXPECT_FALSE(StartRun(bench.doc));
   EXPECT_EQ(LastError(), "X: R2 : R < 0; ");
   EXPECT_FALSE(bench.doc.running);
 }
@@ -391,7 +391,7 @@ TEST(DriverFailure, NoConsistentStateAtTheStart) {
     return true;
   };
   SetLastError("X: ");
-  EXPECT_FALSE(bench.doc.Start());
+  EXPECT_FALSE(StartRun(bench.doc));
   EXPECT_EQ(LastError(), "X: Transient error at t=0 : No solution");
   EXPECT_FALSE(bench.doc.running);
 }
@@ -401,15 +401,14 @@ TEST(DriverFailure, TimeOutOfTheSolveAtTheStart) {
   bench.doc.settings.timeout = 1;
   bench.Divider([](double) { return 1.0; });
   Part& endless = bench.Add("E1", {2});
-  CDoc& doc = bench.doc;
-  endless.onCheck = [&endless, &doc](CCalc&, bool apply) {
+  endless.onCheck = [&endless](CCalc& calc, bool apply) {
     if (apply) ++endless.state;
     // Past 25 rounds, the run has been going on for ten seconds.
-    if (endless.state == 25) doc.runClock = static_cast<int32_t>(ProcessMillis() - 10000u);
+    if (endless.state == 25) calc.runClock = ProcessMillis() - 10000u;
     return true;
   };
   SetLastError("X: ");
-  EXPECT_FALSE(bench.doc.Start());
+  EXPECT_FALSE(StartRun(bench.doc));
   EXPECT_EQ(LastError(), "X: Calc IC time-out :  switching triggered by E1");
   EXPECT_FALSE(bench.doc.running);
 }
@@ -419,10 +418,10 @@ TEST(DriverFailure, TimeOutOfTheSolveAtTheStart) {
 TEST(DriverChanges, ATraceAddedInTheMiddleStartsRecordingLate) {
   Bench bench;
   bench.Divider([](double) { return 3.0; });
-  ASSERT_TRUE(bench.doc.Start());
-  ASSERT_TRUE(bench.doc.Run(5e-3, RUN_EXACT));
+  ASSERT_TRUE(StartRun(bench.doc));
+  ASSERT_TRUE(RunDocument(bench.doc, 5e-3, RUN_EXACT));
   CTrace& late = bench.Trace("R1");
-  ASSERT_TRUE(bench.doc.Run(5e-3, RUN_EXACT)) << LastError();
+  ASSERT_TRUE(RunDocument(bench.doc, 5e-3, RUN_EXACT)) << LastError();
   double t = 0, v = 0;
   ASSERT_TRUE(late.data.GetAt(0, &t, &v));
   EXPECT_GT(t, 5e-3);
@@ -432,10 +431,10 @@ TEST(DriverChanges, ATraceAddedInTheMiddleStartsRecordingLate) {
 TEST(DriverChanges, AChangedStepTakesEffectAtTheNextCall) {
   Bench bench;
   CTrace& out = bench.Divider([](double t) { return t; });
-  ASSERT_TRUE(bench.doc.Start());
-  ASSERT_TRUE(bench.doc.Run(5e-3, RUN_EXACT));
+  ASSERT_TRUE(StartRun(bench.doc));
+  ASSERT_TRUE(RunDocument(bench.doc, 5e-3, RUN_EXACT));
   bench.doc.settings.step = 2e-3;
-  ASSERT_TRUE(bench.doc.Run(10e-3, RUN_EXACT));
+  ASSERT_TRUE(RunDocument(bench.doc, 10e-3, RUN_EXACT));
   EXPECT_EQ(bench.doc.calc->step, 2e-3);
   const auto s = Bench::Samples(out);
   // The last stretch steps by the new step.
@@ -449,8 +448,8 @@ TEST(DriverReset, ClearsResultsAndEndsTheRun) {
   Bench bench;
   CTrace& out = bench.Divider([](double t) { return t; });
   Part& r1 = *static_cast<Part*>(bench.doc.cmps.Find("R1"));
-  ASSERT_TRUE(bench.doc.Start());
-  ASSERT_TRUE(bench.doc.Run(5e-3, RUN_EXACT));
+  ASSERT_TRUE(StartRun(bench.doc));
+  ASSERT_TRUE(RunDocument(bench.doc, 5e-3, RUN_EXACT));
   EXPECT_NE(r1.prevModelId, 0);
   const int resets = r1.Count(STAMP_RESET);
   bench.doc.Reset();

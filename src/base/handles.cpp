@@ -1,4 +1,4 @@
-#include "api/handles.h"
+#include "base/handles.h"
 
 #include <limits>
 #include <stdexcept>

@@ -54,6 +54,9 @@ class CDriver {
   // failure (reported).
   bool StoreSample();
 
+  // Hands the document's settings that the solver reads to CCalc.
+  void PassSettings();
+
   // Appends "Transient error at t=", the time, and " : " with the solver's
   // text when it has one, to the last error.
   void ReportFailure();
@@ -81,5 +84,12 @@ class CDriver {
   CDriverState& s_;
   bool reported_ = false;  // ReportFailure has written this call's text
 };
+
+// A new run of the document at time 0 (TZ4_Start). False when the circuit
+// cannot be run; the reasons are in the last-error text.
+bool StartRun(CDoc& doc);
+// Advances the run by `interval` in `mode` (RunMode), starting it first when
+// none is in progress. False after a failure, which has ended the run.
+bool RunDocument(CDoc& doc, double interval, int mode);
 
 }  // namespace tz4

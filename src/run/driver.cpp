@@ -1,11 +1,11 @@
-// The transient driver and the document's run control: Start, Run, Reset and
-// DeleteOldData.
+// The transient driver and the run control of a document: StartRun and
+// RunDocument.
 //
 // A call of Run is a small state machine. Its labels are the entry points
 // that the steps jump to: LOOP (stop test and one turn), RESTART (rebuild and
 // new initial conditions), QUERY (ask the devices for their next event),
 // EVENT (cross it), FAIL (report, then end) and ERROR (end).
-#include "solver/driver.h"
+#include "run/driver.h"
 
 #include <algorithm>
 #include <cmath>
@@ -14,12 +14,12 @@
 #include <exception>
 #include <string>
 
-#include "api/last_error.h"
+#include "base/last_error.h"
 #include "components/cmp.h"
 #include "doc/doc.h"
 #include "expr/numtext.h"
 #include "solver/calc.h"
-#include "solver/driver_state.h"
+#include "doc/driver_state.h"
 
 namespace tz4 {
 
@@ -72,8 +72,9 @@ CDriver::CDriver(CDoc& document) : doc_(document), calc_(*document.calc), s_(doc
 // ---- start ----
 
 bool CDriver::Start() {
-  doc_.runClock = static_cast<int32_t>(ProcessMillis());
+  calc_.runClock = ProcessMillis();
   doc_.Reset();
+  PassSettings();
   // Nothing of an earlier run carries over, not even its step.
   s_ = CDriverState{};
   doc_.time = 0.0;
@@ -286,7 +287,8 @@ bool CDriver::PostStepAll(bool apply, bool stopAtFirst) {
 // ---- the main loop ----
 
 bool CDriver::Run(double dt, int mode) {
-  doc_.runClock = static_cast<int32_t>(ProcessMillis());
+  calc_.runClock = ProcessMillis();
+  PassSettings();
   doc_.targetTime += dt;
   s_.samples = 0;
   if (doc_.settings.step != calc_.step) doc_.changeFlags |= CHANGE_STEP;
@@ -339,7 +341,7 @@ bool CDriver::Run(double dt, int mode) {
 }
 
 CDriver::Next CDriver::Turn(int mode) {
-  doc_.runClock = static_cast<int32_t>(ProcessMillis());
+  calc_.runClock = ProcessMillis();
   if (s_.samples > 0) {
     const bool stop = mode == RUN_ONE_STEP || !(doc_.time < doc_.targetTime - s_.hMin * 0.001) ||
                       Equal(doc_.time, doc_.targetTime - s_.hMin * 0.001);
@@ -369,7 +371,7 @@ CDriver::Next CDriver::AfterEvent() {
   int r = calc_.Calculate(doc_.time, s_.h, true, false);
   if (r == -1) {
     // One more try with a coarser numerical zero.
-    WiderZero wider(doc_.settings.zero);
+    WiderZero wider(calc_.settings.zero);
     calc_.error.clear();
     r = calc_.Calculate(doc_.time, s_.h, true, false);
   }
@@ -491,30 +493,24 @@ CDriver::Next CDriver::NormalStep(int mode) {
   return Next::Loop;
 }
 
-// ---- the document's side ----
-
-bool CDoc::Start() {
-  EndRunOnThrow guard(running);
-  return CDriver(*this).Start();
+void CDriver::PassSettings() {
+  calc_.settings.zero = doc_.settings.zero;
+  calc_.settings.timeout = doc_.settings.timeout;
+  calc_.settings.nsr = doc_.settings.nsr;
+  calc_.settings.folder = doc_.directory;
 }
 
-bool CDoc::Run(double interval, int mode) {
-  EndRunOnThrow guard(running);
-  if (!running && !CDriver(*this).Start()) return false;
-  return CDriver(*this).Run(interval, mode);
+// ---- run control of a document ----
+
+bool StartRun(CDoc& doc) {
+  EndRunOnThrow guard(doc.running);
+  return CDriver(doc).Start();
 }
 
-void CDoc::Reset() {
-  running = false;
-  for (const auto& owned : cmps.list) {
-    CCmp* component = owned.get();
-    component->prevModelId = 0;
-    component->pwl.Clear();
-    component->Stamp(*calc, STAMP_RESET, 0.0);
-  }
-  traces.Clear();
+bool RunDocument(CDoc& doc, double interval, int mode) {
+  EndRunOnThrow guard(doc.running);
+  if (!doc.running && !CDriver(doc).Start()) return false;
+  return CDriver(doc).Run(interval, mode);
 }
-
-void CDoc::DeleteOldData() { traces.DeleteOld(targetTime); }
 
 }  // namespace tz4

@@ -5,13 +5,14 @@
 #include <string>
 #include <vector>
 
+#include "devices/registry.h"
 #include "../components/test_cmp.h"
-#include "api/last_error.h"
+#include "base/last_error.h"
 #include "components/param_ops.h"
-#include "doc/cmps.h"
-#include "doc/xml_node.h"
+#include "components/cmps.h"
+#include "xml/xml_node.h"
 #include "expr/evaluate.h"
-#include "expr/raise.h"
+#include "base/raise.h"
 
 namespace tz4 {
 namespace {
@@ -375,16 +376,16 @@ TEST(CmpsSerialize, StoresOneElementPerComponentInOrder) {
   cmps.Add(MakeTestCmp("R2"));
   cmps.Add(MakeTestCmp("R1"));
   CXmlNode element("Cmps");
-  EXPECT_TRUE(cmps.Serialize(&element));
+  EXPECT_TRUE(cmps.Serialize(&element, ComponentTypes()));
   ASSERT_EQ(element.GetChildCount(), 2);
   EXPECT_EQ(element.GetChild(0)->name, "Cmp");
   EXPECT_EQ(element.GetChild(0)->GetEncodedAttribute("name", ""), "R2");
   EXPECT_EQ(element.GetChild(1)->GetAttribute("type"), "T_TEST");
-  EXPECT_FALSE(cmps.Serialize(nullptr));
+  EXPECT_FALSE(cmps.Serialize(nullptr, ComponentTypes()));
 }
 
 TEST(CmpsSerialize, UnknownTypesStopTheLoad) {
-  if (CElemSet::Instance().Find("R_R") == nullptr) GTEST_SKIP() << "resistors not linked";
+  if (ComponentTypes().Find("R_R") == nullptr) GTEST_SKIP() << "resistors not linked";
   CXmlNode element("Cmps");
   ASSERT_EQ(element.LoadFromText("<Cmps>"
                                  "<Cmp type=\"R_R\" id=\"1\" name=\"R2\" node0=\"1\" node1=\"0\" model=\"R\" />"
@@ -395,13 +396,13 @@ TEST(CmpsSerialize, UnknownTypesStopTheLoad) {
             0);
   SetLastError("");
   CCmps cmps;
-  EXPECT_FALSE(cmps.Serialize(&element));
+  EXPECT_FALSE(cmps.Serialize(&element, ComponentTypes()));
   EXPECT_EQ(LastError(), "Component type 'r_r' not found");
   EXPECT_EQ(Names(cmps), (std::vector<std::string>{"R2", "R1"}));  // kept, not sorted
 }
 
 TEST(CmpsSerialize, LoadsSortsAndKeepsBadModels) {
-  if (CElemSet::Instance().Find("R_R") == nullptr) GTEST_SKIP() << "resistors not linked";
+  if (ComponentTypes().Find("R_R") == nullptr) GTEST_SKIP() << "resistors not linked";
   CXmlNode element("Cmps");
   ASSERT_EQ(element.LoadFromText("<Cmps>"
                                  "<Cmp type=\"var\" id=\"5\" name=\"v\" />"
@@ -412,7 +413,7 @@ TEST(CmpsSerialize, LoadsSortsAndKeepsBadModels) {
             0);
   SetLastError("");
   CCmps cmps;
-  EXPECT_TRUE(cmps.Serialize(&element));
+  EXPECT_TRUE(cmps.Serialize(&element, ComponentTypes()));
   EXPECT_NE(LastError().find("Model 'Nope' not found for R9"), std::string::npos) << LastError();
   ASSERT_EQ(cmps.Count(), 4);
   EXPECT_EQ(cmps[0]->name, "R9");
@@ -423,7 +424,7 @@ TEST(CmpsSerialize, LoadsSortsAndKeepsBadModels) {
   CXmlNode empty("Cmps");
   empty.storing = false;
   CCmps none;
-  EXPECT_TRUE(none.Serialize(&empty));
+  EXPECT_TRUE(none.Serialize(&empty, ComponentTypes()));
   EXPECT_EQ(none.Count(), 0);
 }
 

@@ -16,7 +16,7 @@
 #include <cstdio>
 #include <string_view>
 
-#include "doc/xml_node.h"
+#include "xml/xml_node.h"
 
 namespace tz4 {
 

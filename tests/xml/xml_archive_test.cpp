@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "doc/xml_node.h"
+#include "xml/xml_node.h"
 #include "expr/numtext.h"
 
 using tz4::CXmlNode;

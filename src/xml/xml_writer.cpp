@@ -3,7 +3,7 @@
 // (the blank is needed by the reader).
 #include <cstdio>
 
-#include "doc/xml_node.h"
+#include "xml/xml_node.h"
 
 namespace tz4 {
 

@@ -1,4 +1,4 @@
-#include "expr/error_scratch.h"
+#include "base/error_scratch.h"
 
 namespace tz4 {
 

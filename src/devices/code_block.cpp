@@ -1,8 +1,8 @@
-#include "code/code_block.h"
+#include "devices/code_block.h"
 
 #include <algorithm>
 
-#include "doc/xml_node.h"
+#include "xml/xml_node.h"
 
 namespace tz4 {
 

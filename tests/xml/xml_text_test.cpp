@@ -5,8 +5,8 @@
 #include <cstdint>
 #include <string>
 
-#include "doc/xml_node.h"
-#include "temp_files.h"
+#include "xml/xml_node.h"
+#include "../doc/temp_files.h"
 
 using tz4::CXmlNode;
 

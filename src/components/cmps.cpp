@@ -1,6 +1,6 @@
 // The component collection: loading and storing, collection order, and the
 // resolution of dotted names into components, parameters and variables.
-#include "doc/cmps.h"
+#include "components/cmps.h"
 
 #include <algorithm>
 #include <cctype>
@@ -8,10 +8,9 @@
 #include <cstdlib>
 #include <exception>
 
-#include "api/last_error.h"
+#include "base/last_error.h"
 #include "components/param_ops.h"
-#include "devices/label.h"
-#include "doc/xml_node.h"
+#include "xml/xml_node.h"
 #include "expr/evaluate.h"
 #include "expr/formula.h"
 #include "expr/lists.h"
@@ -30,15 +29,9 @@ CCmps* InnerCollection(const CCmp* /*component*/) { return nullptr; }
 // subcircuit part.
 std::string* SubCircuitCommands(CCmp* /*component*/) { return nullptr; }
 
-// The variables of a code block, null while the block has none.
-CVarList* CodeBlockVariables(const CCmp* /*component*/) { return nullptr; }
-
 bool IsSubCircuit(const CCmp* component) { return component->ModelId() == MODEL_SUBCIR; }
 
-bool IsCodeBlock(const CCmp* component) {
-  return component->type != nullptr && component->type->tag != nullptr &&
-         std::string(component->type->tag) == "X_C";
-}
+bool IsCodeBlock(const CCmp* component) { return component->IsType("X_C"); }
 
 // The character of a name at index, or 0 behind its end (as in a C text).
 signed char CharAt(const std::string& text, size_t index) {
@@ -124,7 +117,7 @@ void CCmps::Add(std::unique_ptr<CCmp> component) {
   if (component != nullptr) list.push_back(std::move(component));
 }
 
-bool CCmps::Serialize(CXmlNode* element) {
+bool CCmps::Serialize(CXmlNode* element, const CElemSet& types) {
   if (element == nullptr) return false;
   if (element->storing) {
     for (auto& component : list) {
@@ -137,14 +130,7 @@ bool CCmps::Serialize(CXmlNode* element) {
     CXmlNode* child = element->FindChild("", i);  // carries the direction down
     if (child == nullptr) break;
     const std::string word = child->GetAttribute("type", "");
-    // Labels and variables are made by their words, not through the type list.
-    std::unique_ptr<CCmp> component;
-    if (word == "label")
-      component = CreateLabel();
-    else if (word == "var")
-      component = CreateVariable();
-    else
-      component = CElemSet::Instance().Create(word);
+    std::unique_ptr<CCmp> component = types.Create(word);
     if (component == nullptr) {
       AppendError("Component type '" + word + "' not found");
       return false;
@@ -236,7 +222,7 @@ TValue* CCmps::FindValue(std::string path, TValue* out) const {
     return inner != nullptr ? inner->FindValue(rest, out) : nullptr;
   }
   if (IsCodeBlock(component)) {
-    CVarList* variables = CodeBlockVariables(component);
+    CVarList* variables = component->Variables();
     TVariable* variable = variables != nullptr ? variables->Find(rest) : nullptr;
     if (variable == nullptr || variable->Values.empty()) return nullptr;
     *out = variable->Values[0];
@@ -259,7 +245,7 @@ TVariable* CCmps::FindVariable(std::string path) const {
     return inner != nullptr ? inner->FindVariable(rest) : nullptr;
   }
   if (!IsCodeBlock(component)) return nullptr;
-  CVarList* variables = CodeBlockVariables(component);
+  CVarList* variables = component->Variables();
   return variables != nullptr ? variables->Find(rest) : nullptr;
 }
 
@@ -304,7 +290,7 @@ CCmp* CCmps::Assign(int digits, std::string path, const std::string& value, std:
         result = value;
         return component;
       }
-      CVarList* variables = CodeBlockVariables(component);
+      CVarList* variables = component->Variables();
       TVariable* variable = variables != nullptr ? variables->Find(rest) : nullptr;
       if (variable == nullptr || variable->Values.empty()) {
         ok = false;
@@ -471,7 +457,7 @@ bool CCmps::FindValue(const std::string& path, TValue& out) {
     return inner != nullptr && inner->FindValue(rest, out);
   }
   if (IsCodeBlock(component)) {
-    CVarList* variables = CodeBlockVariables(component);
+    CVarList* variables = component->Variables();
     TVariable* variable = variables != nullptr ? variables->Find(rest) : nullptr;
     if (variable == nullptr || variable->Values.empty()) return false;
     out = variable->Values[0];

@@ -1,4 +1,4 @@
-#include "api/last_error.h"
+#include "base/last_error.h"
 
 namespace tz4 {
 namespace {

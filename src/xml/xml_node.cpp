@@ -1,6 +1,6 @@
 // Tree operations, typed attribute helpers and the two-way archive helpers
 // of CXmlNode, and the percent-encoding of attribute values.
-#include "doc/xml_node.h"
+#include "xml/xml_node.h"
 
 #include <climits>
 #include <utility>

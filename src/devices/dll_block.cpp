@@ -1,9 +1,9 @@
-#include "code/dll_block.h"
+#include "devices/dll_block.h"
 
 #include <cstdio>
 
-#include "code/code_block.h"
-#include "doc/xml_node.h"
+#include "devices/code_block.h"
+#include "xml/xml_node.h"
 
 namespace tz4 {
 

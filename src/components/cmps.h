@@ -30,11 +30,11 @@ class CCmps : public CEvalContext {
   CCmps& operator=(const CCmps&) = delete;
 
   // Both directions of the "Cmps" element. Loading appends one component per
-  // child, stops at the first unknown type with "Component type '...' not
+  // child, made by `types` from its "type" word, stops at the first unknown type with "Component type '...' not
   // found" appended to the last error (false; what was read stays, unsorted),
   // and sorts at the end. Storing adds one "Cmp" child per component. A null
   // element gives false.
-  bool Serialize(CXmlNode* element);
+  bool Serialize(CXmlNode* element, const CElemSet& types);
 
   // Stable exchange sort into collection order.
   void Sort();
