@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "solver/calc.h"
+#include "../tests/solver/calc_internals.h"
 
 namespace {
 
@@ -26,12 +27,12 @@ class DenseSystem {
     for (int i = 1; i < n; ++i) {
       const size_t ii = static_cast<size_t>(i);
       for (int j = 1; j < n; ++j) {
-        calc.A[ii][j] = value(random) + (i == j ? n : 0.0);
-        calc.B[ii][j] = 1e-6 * value(random);
-        calc.maskA[ii][j] = calc.maskB[ii][j] = 1;
+        Raw(calc).A[ii][j] = value(random) + (i == j ? n : 0.0);
+        Raw(calc).B[ii][j] = 1e-6 * value(random);
+        Raw(calc).maskA[ii][j] = Raw(calc).maskB[ii][j] = 1;
       }
-      calc.maskA[ii][0] = calc.maskB[ii][0] = 1;
-      calc.c[ii] = value(random);
+      Raw(calc).maskA[ii][0] = Raw(calc).maskB[ii][0] = 1;
+      Raw(calc).c[ii] = value(random);
       calc.x[ii] = calc.xPrev[ii] = value(random);
     }
     ok = true;
@@ -46,29 +47,29 @@ class DenseSystem {
     masksA.resize(n * n);
     masksB.resize(n * n);
     for (size_t i = 0; i < n; ++i) {
-      std::memcpy(masksA.data() + i * n, calc.maskA[i], n);
-      std::memcpy(masksB.data() + i * n, calc.maskB[i], n);
+      std::memcpy(masksA.data() + i * n, Raw(calc).maskA[i], n);
+      std::memcpy(masksB.data() + i * n, Raw(calc).maskB[i], n);
     }
-    rowsA = calc.A;
-    rowsB = calc.B;
-    maskRowsA = calc.maskA;
-    maskRowsB = calc.maskB;
-    c = calc.c;
+    rowsA = Raw(calc).A;
+    rowsB = Raw(calc).B;
+    maskRowsA = Raw(calc).maskA;
+    maskRowsB = Raw(calc).maskB;
+    c = Raw(calc).c;
     x = calc.x;
   }
 
   void Restore() {
     const size_t n = static_cast<size_t>(calc.dim);
     std::memcpy(calc.storage.get(), storage.data(), storage.size() * sizeof(double));
-    calc.A = rowsA;
-    calc.B = rowsB;
-    calc.maskA = maskRowsA;
-    calc.maskB = maskRowsB;
+    Raw(calc).A = rowsA;
+    Raw(calc).B = rowsB;
+    Raw(calc).maskA = maskRowsA;
+    Raw(calc).maskB = maskRowsB;
     for (size_t i = 0; i < n; ++i) {
-      std::memcpy(calc.maskA[i], masksA.data() + i * n, n);
-      std::memcpy(calc.maskB[i], masksB.data() + i * n, n);
+      std::memcpy(Raw(calc).maskA[i], masksA.data() + i * n, n);
+      std::memcpy(Raw(calc).maskB[i], masksB.data() + i * n, n);
     }
-    calc.c = c;
+    Raw(calc).c = c;
     calc.x = x;
   }
 

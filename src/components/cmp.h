@@ -137,6 +137,10 @@ class CCmp {
   // The current model's row; null while unresolved or without a table.
   const ModelInfo* GetModel() const;
   int32_t ModelId() const;  // id of the current model, 0 when unresolved
+  // The node of pin `index`, -1 where the component has no such pin.
+  int Pin(size_t index) const {
+    return index < pins.size() ? pins[index] : -1;
+  }
   // Whether the component's type tag is `tag` (exact comparison).
   bool IsType(const char* tag) const;
   // Whether it is any of `tags`.

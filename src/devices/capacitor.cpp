@@ -47,25 +47,6 @@ const ModelInfo kCccModels[] = {
     {},
 };
 
-// Coefficients written straight into the system. Ground and pins outside
-// the matrix (unconnected ones have negative numbers) have no equation.
-bool InMatrix(const CCalc& calc, int i) { return i > 0 && i < calc.dim; }
-
-void AddA(CCalc& calc, int row, int col, double v) {
-  if (InMatrix(calc, row) && InMatrix(calc, col)) calc.A[static_cast<size_t>(row)][col] += v;
-}
-void SetA(CCalc& calc, int row, int col, double v) {
-  if (InMatrix(calc, row) && InMatrix(calc, col)) calc.A[static_cast<size_t>(row)][col] = v;
-}
-void AddB(CCalc& calc, int row, int col, double v) {
-  if (InMatrix(calc, row) && InMatrix(calc, col)) calc.B[static_cast<size_t>(row)][col] += v;
-}
-void SetB(CCalc& calc, int row, int col, double v) {
-  if (InMatrix(calc, row) && InMatrix(calc, col)) calc.B[static_cast<size_t>(row)][col] = v;
-}
-
-int Pin(const CCmp& cmp, size_t index) { return index < cmp.pins.size() ? cmp.pins[index] : -1; }
-
 }  // namespace
 
 const ElemType kTypeC_C = {"C_C", 2, &MakeCmp<CElemC>, kCapacitorModels, 0, "Capacitor"};
@@ -123,8 +104,8 @@ double CElemC::Capacitance() const {
 int CElemC::Stamp(CCalc& calc, int phase, double /*t*/) {
   const int32_t model = ModelId();
   if (model == MODEL_SUBCIR) return 0;
-  const int a = Pin(*this, 0);
-  const int b = Pin(*this, 1);
+  const int a = Pin(0);
+  const int b = Pin(1);
   const int r = firstRow;
   switch (phase) {
     case STAMP_INIT: {
@@ -149,7 +130,7 @@ int CElemC::Stamp(CCalc& calc, int phase, double /*t*/) {
     case STAMP_IC_ADJUST: {
       // A marked row: the rest of the circuit fixes this voltage, which the
       // next round of the search takes as known.
-      if (!InMatrix(calc, r) || calc.rowMark[static_cast<size_t>(r)] == 0) return 0;
+      if (calc.RowMark(r) == 0) return 0;
       const double v = calc.V(b) - calc.V(a);
       const bool changed = !HasValue || v != Voltage;
       Voltage = v;
@@ -160,15 +141,15 @@ int CElemC::Stamp(CCalc& calc, int phase, double /*t*/) {
       if (calc.pass != 0) return 0;
       // The current-controlled type senses its control current with a
       // 0 V source on its second row.
-      if (IsType("C_CCC")) calc.StampVSource(Pin(*this, 2), Pin(*this, 3), r + 1, 0.0);
+      if (IsType("C_CCC")) calc.StampVSource(Pin(2), Pin(3), r + 1, 0.0);
       if (model == MODEL_C_FUNCTION) {
         // "Z(s)" has no part in a transient run: a resistance of 1.
-        AddA(calc, a, r, 1.0);
-        AddA(calc, b, r, -1.0);
-        AddA(calc, r, a, 1.0);
-        AddA(calc, r, b, -1.0);
-        SetA(calc, r, r, 1.0);
-        SetB(calc, r, r, 0.0);
+        calc.AddCoupling(a, r, 1.0);
+        calc.AddCoupling(b, r, -1.0);
+        calc.AddCoupling(r, a, 1.0);
+        calc.AddCoupling(r, b, -1.0);
+        calc.SetCoupling(r, r, 1.0);
+        calc.SetDerivative(r, r, 0.0);
         return 0;
       }
       const double cap = Capacitance();
@@ -181,7 +162,7 @@ int CElemC::Stamp(CCalc& calc, int phase, double /*t*/) {
           calc.error = GetFullName() + " : short circuit";
           return -1;
         }
-        if (cap != 0.0) SetB(calc, r, r, -1.0 / cap);
+        if (cap != 0.0) calc.SetDerivative(r, r, -1.0 / cap);
         return 0;
       }
       if (std::isinf(cap)) {
@@ -189,8 +170,8 @@ int CElemC::Stamp(CCalc& calc, int phase, double /*t*/) {
         return 0;
       }
       calc.StampISource(a, b, r, 0.0);
-      AddB(calc, r, a, cap);
-      AddB(calc, r, b, -cap);
+      calc.AddDerivative(r, a, cap);
+      calc.AddDerivative(r, b, -cap);
       return 0;
     }
     case STAMP_SAVE_IC:
@@ -204,13 +185,13 @@ int CElemC::Stamp(CCalc& calc, int phase, double /*t*/) {
 bool CElemC::PostStep(CCalc& calc, bool apply, double /*t*/, bool& changed) {
   changed = false;
   if (ModelId() != MODEL_TABLE || pwl.Count == 0) return true;
-  const double v = calc.V(Pin(*this, 1)) - calc.V(Pin(*this, 0));
+  const double v = calc.V(Pin(1)) - calc.V(Pin(0));
   // The plain capacitor's curve follows its own voltage.
   if (IsType("C_C")) {
     changed = pwl.FindSegment(v, apply);
     return true;
   }
-  const double control = IsType("C_VCC") ? calc.V(Pin(*this, 3)) - calc.V(Pin(*this, 2))
+  const double control = IsType("C_VCC") ? calc.V(Pin(3)) - calc.V(Pin(2))
                                                : calc.V(firstRow + 1);
   if (!apply) {
     changed = pwl.FindSegment(control, false);

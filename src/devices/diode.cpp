@@ -125,22 +125,6 @@ bool IsZener(const CCmp& cmp) { return cmp.IsType("D_Z") || cmp.IsType("D_ZS"); 
 // Sub-states of a thyristor: blocked, gated, latched.
 enum : int32_t { THYRISTOR_BLOCKED = 0, THYRISTOR_GATED = 1, THYRISTOR_LATCHED = 2 };
 
-// Coefficients written straight into the system. Ground and pins outside
-// the matrix (unconnected ones have negative numbers) have no equation.
-bool InMatrix(const CCalc& calc, int i) { return i > 0 && i < calc.dim; }
-
-void SetA(CCalc& calc, int row, int col, double v) {
-  if (InMatrix(calc, row) && InMatrix(calc, col)) calc.A[static_cast<size_t>(row)][col] = v;
-}
-void SetB(CCalc& calc, int row, int col, double v) {
-  if (InMatrix(calc, row) && InMatrix(calc, col)) calc.B[static_cast<size_t>(row)][col] = v;
-}
-void SetC(CCalc& calc, int row, double v) {
-  if (InMatrix(calc, row)) calc.c[static_cast<size_t>(row)] = v;
-}
-
-int Pin(const CCmp& cmp, size_t index) { return index < cmp.pins.size() ? cmp.pins[index] : -1; }
-
 // The nodes and rows of one arm of the bridge, in the order of its four
 // clamps: from a to the two middle terminals, from them to b.
 struct BridgeArm {
@@ -148,7 +132,7 @@ struct BridgeArm {
 };
 
 void BridgeArms(const CElemD& d, BridgeArm (&arms)[4]) {
-  const int a = Pin(d, 0), b = Pin(d, 1), m1 = Pin(d, 2), m2 = Pin(d, 3), r = d.firstRow;
+  const int a = d.Pin(0), b = d.Pin(1), m1 = d.Pin(2), m2 = d.Pin(3), r = d.firstRow;
   arms[0] = {m1, a, r};
   arms[1] = {m2, a, r + 1};
   arms[2] = {b, m1, r + 2};
@@ -186,7 +170,7 @@ void InitState(CElemD& d) {
 }
 
 void StampDiodeModel(CElemD& d, CCalc& calc) {
-  const int a = Pin(d, 0), b = Pin(d, 1), r = d.firstRow, r1 = r + 1;
+  const int a = d.Pin(0), b = d.Pin(1), r = d.firstRow, r1 = r + 1;
   const double vd = d.Vd.Value;
   if (d.IsType("D_D")) {
     calc.StampClamp(a, b, r, d.state != 0, vd);
@@ -197,7 +181,7 @@ void StampDiodeModel(CElemD& d, CCalc& calc) {
   } else if (IsThyristor(d)) {
     // The gate current of the current-controlled type flows through a 0 V
     // source on the second row.
-    if (d.IsType("D_CCT")) calc.StampVSource(Pin(d, 2), Pin(d, 3), r1, 0.0);
+    if (d.IsType("D_CCT")) calc.StampVSource(d.Pin(2), d.Pin(3), r1, 0.0);
     calc.StampClamp(a, b, r, d.phase != THYRISTOR_BLOCKED && d.state != 0, vd);
   } else if (d.IsType("D_BR")) {
     BridgeArm arms[4];
@@ -211,18 +195,18 @@ void StampDiodeModel(CElemD& d, CCalc& calc) {
 // dq/dt = i - q/t. While the charge lasts the diode may conduct backwards,
 // held at 0 V (state -1).
 void StampStorage(CElemD& d, CCalc& calc) {
-  const int a = Pin(d, 0), b = Pin(d, 1), r = d.firstRow, r1 = r + 1;
+  const int a = d.Pin(0), b = d.Pin(1), r = d.firstRow, r1 = r + 1;
   calc.StampClamp(a, b, r, d.state != 0, d.state == -1 ? 0.0 : d.Vd.Value);
   const double tau = d.t.Value;
   if (calc.stampMode == 0) {
-    SetA(calc, r1, r1, 1.0);
-    SetC(calc, r1, -d.charge);
+    calc.SetCoupling(r1, r1, 1.0);
+    calc.SetConstant(r1, -d.charge);
   } else if (tau <= 0.0) {
-    SetA(calc, r1, r1, -1.0);
+    calc.SetCoupling(r1, r1, -1.0);
   } else {
-    SetA(calc, r1, r, 1.0);
-    SetB(calc, r1, r1, -1.0);
-    if (!std::isinf(tau)) SetA(calc, r1, r1, -1.0 / tau);
+    calc.SetCoupling(r1, r, 1.0);
+    calc.SetDerivative(r1, r1, -1.0);
+    if (!std::isinf(tau)) calc.SetCoupling(r1, r1, -1.0 / tau);
   }
 }
 
@@ -231,12 +215,12 @@ void StampStorage(CElemD& d, CCalc& calc) {
 // would take the charge away faster than the recovery time allows, a
 // current -q/ts that decays with the charge (phase 1).
 void StampSoft(CElemD& d, CCalc& calc) {
-  const int a = Pin(d, 0), b = Pin(d, 1), r = d.firstRow, r1 = r + 1;
+  const int a = d.Pin(0), b = d.Pin(1), r = d.firstRow, r1 = r + 1;
   const double tau = d.t.Value;
   if (tau <= 0.0 || d.state == 0) {
     calc.StampClamp(a, b, r, d.state != 0, d.Vd.Value);
-    SetA(calc, r1, r1, -1.0);
-    SetC(calc, r1, 0.0);
+    calc.SetCoupling(r1, r1, -1.0);
+    calc.SetConstant(r1, 0.0);
     return;
   }
   // Recovery needs a recovery time; without one (set to 0 during a run)
@@ -244,24 +228,24 @@ void StampSoft(CElemD& d, CCalc& calc) {
   if (d.phase == 0 || (d.phase == 1 && !(d.ts.Value > 0.0))) {
     calc.StampVSource(a, b, r, d.Vd.Value);
     if (calc.stampMode == 0) {
-      SetA(calc, r1, r1, 1.0);
-      SetC(calc, r1, -d.charge);
+      calc.SetCoupling(r1, r1, 1.0);
+      calc.SetConstant(r1, -d.charge);
     } else {
-      SetA(calc, r1, r, 1.0);
-      SetA(calc, r1, r1, -1.0 / tau);
-      SetB(calc, r1, r1, -1.0);
+      calc.SetCoupling(r1, r, 1.0);
+      calc.SetCoupling(r1, r1, -1.0 / tau);
+      calc.SetDerivative(r1, r1, -1.0);
     }
   } else if (d.phase == 1) {
     const double ts = d.ts.Value;
     calc.StampTransconductance(b, a, r1, 0, r, 1.0 / ts);
     // A small constant drain, so that the charge reaches 0 in finite time.
-    SetC(calc, r1, d.recovery);
+    calc.SetConstant(r1, d.recovery);
     if (calc.stampMode == 0) {
-      SetA(calc, r1, r1, 1.0);
-      SetC(calc, r1, -d.charge);
+      calc.SetCoupling(r1, r1, 1.0);
+      calc.SetConstant(r1, -d.charge);
     } else {
-      SetA(calc, r1, r1, -1.0 / ts);
-      SetB(calc, r1, r1, -1.0);
+      calc.SetCoupling(r1, r1, -1.0 / ts);
+      calc.SetDerivative(r1, r1, -1.0);
     }
   }
 }
@@ -458,9 +442,9 @@ int CElemD::Stamp(CCalc& calc, int phaseOfStamp, double /*time*/) {
         if (pwl.Count == 0) return 0;
         pwl.Segment = state;
         const size_t index = static_cast<size_t>(std::clamp(pwl.Index(), 0, pwl.Count - 1));
-        const int a = Pin(*this, 0), b = Pin(*this, 1);
+        const int a = Pin(0), b = Pin(1);
         calc.StampTransconductance(b, a, a, b, firstRow, pwl.Slope[index]);
-        SetC(calc, firstRow, -pwl.Intercept[index]);
+        calc.SetConstant(firstRow, -pwl.Intercept[index]);
       } else if (model == MODEL_D_DIODE) {
         StampDiodeModel(*this, calc);
       } else if (model == MODEL_D_STORAGE) {
@@ -513,7 +497,7 @@ bool CElemD::GetStateRange(int& low, int& high) {
 
 bool CElemD::CheckSwitching(CCalc& calc, bool apply) {
   const int32_t model = ModelId();
-  const int a = Pin(*this, 0), b = Pin(*this, 1), r = firstRow;
+  const int a = Pin(0), b = Pin(1), r = firstRow;
   const double vd = Vd.Value;
   if (model == MODEL_TABLE) {
     if (pwl.Count == 0) return false;
@@ -576,11 +560,11 @@ bool CElemD::PostStep(CCalc& calc, bool apply, double /*time*/, bool& changed) {
   if (model == MODEL_D_DIODE && IsThyristor(*this)) {
     double u = 0.0;
     if (IsType("D_VCT"))
-      u = calc.V(Pin(*this, 3)) - calc.V(Pin(*this, 2)) - Threshold.Value;
+      u = calc.V(Pin(3)) - calc.V(Pin(2)) - Threshold.Value;
     else if (IsType("D_CCT"))
       u = calc.V(r1) - Threshold.Value;
     else
-      u = calc.V(Pin(*this, 2)) - calc.thr;
+      u = calc.V(Pin(2)) - calc.thr;
     if (phase == THYRISTOR_GATED) {
       // The gate lets go: the thyristor stays latched if enough current
       // flows, and blocks, off, if not.
@@ -630,7 +614,7 @@ bool CElemD::PostStep(CCalc& calc, bool apply, double /*time*/, bool& changed) {
         }
       }
     } else if (phase == 1) {
-      if (calc.V(Pin(*this, 1)) - calc.V(Pin(*this, 0)) >= Vd.Value) {
+      if (calc.V(Pin(1)) - calc.V(Pin(0)) >= Vd.Value) {
         changed = true;
         if (apply) phase = 0;
       }

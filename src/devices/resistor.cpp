@@ -57,26 +57,6 @@ const ModelInfo kCcrModels[] = {
     {},
 };
 
-// Whether i is a row or column of the solver's matrices; unconnected pins
-// (negative) and logic nodes (at or above dim) are not.
-bool InMatrix(const CCalc& calc, int i) { return i >= 0 && i < calc.dim; }
-
-void AddA(CCalc& calc, int r, int col, double v) {
-  if (InMatrix(calc, r) && InMatrix(calc, col)) calc.A[static_cast<size_t>(r)][col] += v;
-}
-
-void SetA(CCalc& calc, int r, int col, double v) {
-  if (InMatrix(calc, r) && InMatrix(calc, col)) calc.A[static_cast<size_t>(r)][col] = v;
-}
-
-void SetB(CCalc& calc, int r, int col, double v) {
-  if (InMatrix(calc, r) && InMatrix(calc, col)) calc.B[static_cast<size_t>(r)][col] = v;
-}
-
-void SetC(CCalc& calc, int r, double v) {
-  if (InMatrix(calc, r)) calc.c[static_cast<size_t>(r)] = v;
-}
-
 // Slope and intercept of a table's segment; false when the table holds no
 // such segment (not parsed, or a state left over from another table).
 bool SegmentLine(const CPWL& table, int32_t segment, double& slope, double& intercept) {
@@ -243,7 +223,7 @@ int CElemR::Stamp(CCalc& calc, int phase, double /*t*/) {
         pwl.Segment = state;
         if (!SegmentLine(pwl, state, slope, intercept)) return TableFault(calc, *this);
         calc.StampTransconductance(b, a, a, b, r, slope);
-        SetC(calc, r, -intercept);
+        calc.SetConstant(r, -intercept);
         return 0;
       }
       // The controlled types: a resistance taken from the present segment,
@@ -264,19 +244,19 @@ int CElemR::Stamp(CCalc& calc, int phase, double /*t*/) {
       pwlI.Segment = state;
       if (!SegmentLine(pwlI, state, slope, intercept)) return TableFault(calc, *this);
       calc.StampVSource(a, b, r, intercept);
-      SetA(calc, r, r, -slope);
+      calc.SetCoupling(r, r, -slope);
       return 0;
     }
 
     case MODEL_R_FUNCTION:
       // "Z(s)" has no part in a transient run: the element is a resistance
       // of 1 written with its own current row.
-      AddA(calc, a, r, 1.0);
-      AddA(calc, b, r, -1.0);
-      AddA(calc, r, a, 1.0);
-      AddA(calc, r, b, -1.0);
-      SetA(calc, r, r, 1.0);
-      SetB(calc, r, r, 0.0);
+      calc.AddCoupling(a, r, 1.0);
+      calc.AddCoupling(b, r, -1.0);
+      calc.AddCoupling(r, a, 1.0);
+      calc.AddCoupling(r, b, -1.0);
+      calc.SetCoupling(r, r, 1.0);
+      calc.SetDerivative(r, r, 0.0);
       return 0;
 
     default:

@@ -130,7 +130,6 @@ int CElemV::Stamp(CCalc& calc, int phase, double t) {
   const bool constant = model == MODEL_V_CONSTANT;
   const bool signal = IsSignalModel(model);
   const int r = firstRow;
-  const bool rowInMatrix = r > 0 && r < calc.dim;
 
   SignalEnv env;
   env.context = owner;
@@ -163,14 +162,13 @@ int CElemV::Stamp(CCalc& calc, int phase, double t) {
       else
         calc.StampOutVoltage(pins[0], pins[1], r, 0.0);
       // The value comes in through s(t) alone.
-      if (rowInMatrix) calc.rowMark[static_cast<size_t>(r)] = 1;
+      calc.MarkRow(r);
       return 0;
 
     case STAMP_SOURCE: {
-      if (!rowInMatrix) return 0;
-      const size_t row = static_cast<size_t>(r);
+      if (!calc.InMatrix(r)) return 0;
       if (constant) {
-        calc.s[row] = -Value.Value;
+        calc.SetSource(r, -Value.Value);
         return 0;
       }
       if (!signal) return 0;
@@ -186,8 +184,8 @@ int CElemV::Stamp(CCalc& calc, int phase, double t) {
         calc.error = GetFullName() + ": " + failure;
         return -1;
       }
-      calc.s[row] = -value.value;
-      if (value.hasDerivative) calc.sB[row] = -value.derivative;
+      calc.SetSource(r, -value.value);
+      if (value.hasDerivative) calc.SetSourceSlope(r, -value.derivative);
       return 0;
     }
 

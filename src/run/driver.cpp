@@ -404,8 +404,7 @@ CDriver::Next CDriver::NormalStep(int mode) {
   const bool nsr = doc_.settings.nsr;
   double& time = doc_.time;
 
-  std::copy(calc.x.begin(), calc.x.end(), calc.xPrev.begin());
-  std::copy(calc.s.begin(), calc.s.end(), calc.sPrev.begin());
+  calc.KeepStepStart();
   calc.stepStart = time;
 
   if (EqualOrBelow(s_.tEvent, time)) return Next::Query;
@@ -460,8 +459,7 @@ CDriver::Next CDriver::NormalStep(int mode) {
     } else {
       if (s_.halving == 0) s_.halving = 1;
       s_.tBad = time + s_.h;
-      std::copy(calc.xPrev.begin(), calc.xPrev.end(), calc.x.begin());
-      std::copy(calc.sPrev.begin(), calc.sPrev.end(), calc.s.begin());
+      calc.RestoreStepStart();
       s_.stepKind = STEP_LANDING;
     }
     if (nsr) {
@@ -471,8 +469,7 @@ CDriver::Next CDriver::NormalStep(int mode) {
     }
     s_.h *= 0.5;
     if (s_.h < s_.hMin || !(s_.h > 0.0)) break;  // also with a smallest step of 0
-    std::copy(calc.x.begin(), calc.x.end(), calc.xPrev.begin());
-    std::copy(calc.s.begin(), calc.s.end(), calc.sPrev.begin());
+    calc.KeepStepStart();
     calc.stepStart = time;
     if (!calc.StepTrapezoid(time, s_.h)) return Next::Fail;
   }

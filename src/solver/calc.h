@@ -13,8 +13,9 @@
 //
 // Storage: both matrices live in one contiguous block, A first. Rows are
 // reached through the row pointers `A[i]`, `B[i]` (and `maskA[i]`, `maskB[i]`
-// for the masks), so a row swap is a pointer swap. Devices write coefficients
-// straight into the rows: `calc.A[r][col] += g`.
+// for the masks), so a row swap is a pointer swap. The matrices are the
+// solver's own: devices write their equations only through the checked
+// operations below, which share one rule for what lies inside the system.
 #pragma once
 #include <cstdint>
 #include <ctime>
@@ -79,6 +80,33 @@ class CCalc {
   bool SampleAll(double t);
   void SaveIC();
   void NextEvent(double t, double& nextTime, double& maxStep);
+
+  // ---- checked writes: the one surface through which devices stamp ----
+  // Rows and columns 1 .. dim-1 take part in the system. Ground (0, whose
+  // column is the solver's scratch room for the constant term), unconnected
+  // pins (negative) and logic nodes (dim and above) have no equation: a
+  // write that names one of them does nothing.
+  bool InMatrix(int i) const { return i > 0 && i < dim; }
+  void AddCoupling(int row, int col, double v);  // A(row, col) += v
+  void SetCoupling(int row, int col, double v);  // A(row, col) = v
+  void AddDerivative(int row, int col, double v);  // B(row, col) += v
+  void SetDerivative(int row, int col, double v);  // B(row, col) = v
+  void SetConstant(int row, double v);             // c(row) = v
+  // The time-dependent term of a row, s(t), and its slope ds/dt.
+  void SetSource(int row, double v);
+  void SetSourceSlope(int row, double v);
+  // Marks a row whose source varies, or whose unknown is not fixed by the
+  // last solve (rowMark 1).
+  void MarkRow(int row);
+  // The mark of the last solve: 0 solved, 1 free or a varying source, 255
+  // contradictory; 0 outside the matrix.
+  uint8_t RowMark(int row) const;
+
+  // ---- what the driver keeps around a step ----
+  // Keeps x and s as the values at the start of the step, and puts them
+  // back when the step is refused.
+  void KeepStepStart();
+  void RestoreStepStart();
 
   // ---- matrix primitives; a, b, ctrl nodes, r a row ----
   void StampConductance(int a, int b, double R);
@@ -178,12 +206,7 @@ class CCalc {
   int32_t total = 0;
   bool rebuild = false;
 
-  std::vector<uint8_t*> maskB, maskA;  // row pointers into maskStorage
-  std::unique_ptr<double[]> storage;   // 2 * dim * dim, A first
-  std::vector<double*> A, B;           // row pointers into storage
-  std::vector<double> s, sB, x, sPrev, xPrev, c;
-  std::vector<uint8_t> rowMark;  // 0 solved, 1 free / varying source, 255 contradiction
-  std::vector<uint8_t> rowFree;
+  std::vector<double> x, xPrev;  // the solution, and at the start of the step
 
   std::vector<int32_t*> history;  // one array of states per round
   int32_t historyUsed = 0;
@@ -192,11 +215,15 @@ class CCalc {
   bool onlySwitched = false;
 
  private:
-  // Writes into A, ignoring indices outside the matrix (unconnected pins).
-  void AddA(int r, int col, double v);
-  void SetA(int r, int col, double v);
-  void SetC(int r, double v);
-  bool InMatrix(int i) const { return i >= 0 && i < dim; }
+  // Tests and benchmarks of the solver itself look inside.
+  friend struct CCalcInternals;
+
+  std::vector<uint8_t*> maskB, maskA;  // row pointers into maskStorage
+  std::unique_ptr<double[]> storage;   // 2 * dim * dim, A first
+  std::vector<double*> A, B;           // row pointers into storage
+  std::vector<double> s, sB, sPrev, c;
+  std::vector<uint8_t> rowMark;  // 0 solved, 1 free / varying source, 255 contradiction
+  std::vector<uint8_t> rowFree;
 
   // Elimination helpers shared by the solvers.
   int FindPivot(int k, const std::vector<uint8_t*>& mask, const std::vector<double*>& m,

@@ -4,155 +4,190 @@
 // Nodes and rows outside the matrix (an unconnected pin has a negative
 // number, a logic node one at or above `dim`) are not written: such a pin
 // simply has no equation to take part in.
+#include <algorithm>
 #include <cmath>
 
 #include "solver/calc.h"
 
 namespace tz4 {
 
-void CCalc::AddA(int r, int col, double v) {
-  if (InMatrix(r) && InMatrix(col)) A[static_cast<size_t>(r)][col] += v;
+void CCalc::AddCoupling(int row, int col, double v) {
+  if (InMatrix(row) && InMatrix(col)) A[static_cast<size_t>(row)][col] += v;
 }
 
-void CCalc::SetA(int r, int col, double v) {
-  if (InMatrix(r) && InMatrix(col)) A[static_cast<size_t>(r)][col] = v;
+void CCalc::SetCoupling(int row, int col, double v) {
+  if (InMatrix(row) && InMatrix(col)) A[static_cast<size_t>(row)][col] = v;
 }
 
-void CCalc::SetC(int r, double v) {
-  if (InMatrix(r)) c[static_cast<size_t>(r)] = v;
+void CCalc::AddDerivative(int row, int col, double v) {
+  if (InMatrix(row) && InMatrix(col)) B[static_cast<size_t>(row)][col] += v;
+}
+
+void CCalc::SetDerivative(int row, int col, double v) {
+  if (InMatrix(row) && InMatrix(col)) B[static_cast<size_t>(row)][col] = v;
+}
+
+void CCalc::SetConstant(int row, double v) {
+  if (InMatrix(row)) c[static_cast<size_t>(row)] = v;
+}
+
+void CCalc::SetSource(int row, double v) {
+  if (InMatrix(row)) s[static_cast<size_t>(row)] = v;
+}
+
+void CCalc::SetSourceSlope(int row, double v) {
+  if (InMatrix(row)) sB[static_cast<size_t>(row)] = v;
+}
+
+void CCalc::MarkRow(int row) {
+  if (InMatrix(row)) rowMark[static_cast<size_t>(row)] = 1;
+}
+
+uint8_t CCalc::RowMark(int row) const {
+  return InMatrix(row) ? rowMark[static_cast<size_t>(row)] : 0;
+}
+
+void CCalc::KeepStepStart() {
+  std::copy(x.begin(), x.end(), xPrev.begin());
+  std::copy(s.begin(), s.end(), sPrev.begin());
+}
+
+void CCalc::RestoreStepStart() {
+  std::copy(xPrev.begin(), xPrev.end(), x.begin());
+  std::copy(sPrev.begin(), sPrev.end(), s.begin());
 }
 
 void CCalc::StampConductance(int a, int b, double R) {
   if (a == b) return;
   const double g = std::isinf(R) ? 0.0 : 1.0 / R;
-  AddA(a, a, -g);
-  AddA(a, b, g);
-  AddA(b, a, g);
-  AddA(b, b, -g);
+  AddCoupling(a, a, -g);
+  AddCoupling(a, b, g);
+  AddCoupling(b, a, g);
+  AddCoupling(b, b, -g);
 }
 
 // V(b) - V(a) = v; the row's unknown is the current.
 bool CCalc::StampVSource(int a, int b, int r, double v) {
   if (a == b) return true;
-  AddA(a, r, 1.0);
-  AddA(b, r, -1.0);
-  AddA(r, a, -1.0);
-  AddA(r, b, 1.0);
-  SetC(r, -v);
+  AddCoupling(a, r, 1.0);
+  AddCoupling(b, r, -1.0);
+  AddCoupling(r, a, -1.0);
+  AddCoupling(r, b, 1.0);
+  SetConstant(r, -v);
   return true;
 }
 
 bool CCalc::StampOutVoltage(int a, int b, int r, double v) {
   if (a == b) return true;
-  AddA(a, r, -1.0);
-  AddA(b, r, 1.0);
-  AddA(r, a, -1.0);
-  AddA(r, b, 1.0);
-  SetC(r, -v);
+  AddCoupling(a, r, -1.0);
+  AddCoupling(b, r, 1.0);
+  AddCoupling(r, a, -1.0);
+  AddCoupling(r, b, 1.0);
+  SetConstant(r, -v);
   return true;
 }
 
 // x[r] = i, the current from b to a.
 void CCalc::StampISource(int a, int b, int r, double i) {
   if (a != b) {
-    AddA(a, r, 1.0);
-    AddA(b, r, -1.0);
+    AddCoupling(a, r, 1.0);
+    AddCoupling(b, r, -1.0);
   }
-  SetA(r, r, 1.0);
-  SetC(r, -i);
+  SetCoupling(r, r, 1.0);
+  SetConstant(r, -i);
 }
 
 void CCalc::StampOutCurrent(int a, int b, int r, double i) {
   if (a != b) {
-    AddA(a, r, -1.0);
-    AddA(b, r, 1.0);
+    AddCoupling(a, r, -1.0);
+    AddCoupling(b, r, 1.0);
   }
-  SetA(r, r, 1.0);
-  SetC(r, -i);
+  SetCoupling(r, r, 1.0);
+  SetConstant(r, -i);
 }
 
 // A resistor with its current as the row's unknown; R may be 0 or infinite.
 void CCalc::StampResistor(int a, int b, int r, double R) {
   if (a == b) {
-    SetA(r, r, 1.0);
+    SetCoupling(r, r, 1.0);
     return;
   }
-  AddA(a, r, 1.0);
-  AddA(b, r, -1.0);
+  AddCoupling(a, r, 1.0);
+  AddCoupling(b, r, -1.0);
   if (R == 0.0) {
-    AddA(r, a, -1.0);
-    AddA(r, b, 1.0);
+    AddCoupling(r, a, -1.0);
+    AddCoupling(r, b, 1.0);
   } else if (std::isinf(R)) {
-    SetA(r, r, 1.0);
+    SetCoupling(r, r, 1.0);
   } else {
-    AddA(r, a, -1.0 / R);
-    AddA(r, b, 1.0 / R);
-    SetA(r, r, -1.0);
+    AddCoupling(r, a, -1.0 / R);
+    AddCoupling(r, b, 1.0 / R);
+    SetCoupling(r, r, -1.0);
   }
 }
 
 void CCalc::StampTransconductance(int a, int b, int c_, int d, int r, double g) {
   if (std::isinf(g)) {
     if (a != b) {
-      AddA(a, r, -1.0);
-      AddA(b, r, 1.0);
+      AddCoupling(a, r, -1.0);
+      AddCoupling(b, r, 1.0);
     }
     if (c_ != d) {
-      AddA(r, c_, 1.0);
-      AddA(r, d, -1.0);
+      AddCoupling(r, c_, 1.0);
+      AddCoupling(r, d, -1.0);
     }
     return;
   }
   StampOutCurrent(a, b, r, 0.0);
   if (c_ != d) {
-    AddA(r, c_, g);
-    AddA(r, d, -g);
+    AddCoupling(r, c_, g);
+    AddCoupling(r, d, -g);
   }
 }
 
 void CCalc::StampGainVV(int a, int b, int c_, int d, int r, double g) {
   if (std::isinf(g)) {
     if (a != b) {
-      AddA(a, r, -1.0);
-      AddA(b, r, 1.0);
+      AddCoupling(a, r, -1.0);
+      AddCoupling(b, r, 1.0);
     }
     if (c_ != d) {
-      AddA(r, c_, 1.0);
-      AddA(r, d, -1.0);
+      AddCoupling(r, c_, 1.0);
+      AddCoupling(r, d, -1.0);
     }
     return;
   }
   StampOutVoltage(a, b, r, 0.0);
   if (c_ != d) {
-    AddA(r, c_, g);
-    AddA(r, d, -g);
+    AddCoupling(r, c_, g);
+    AddCoupling(r, d, -g);
   }
 }
 
 void CCalc::StampGainVI(int a, int b, int r, int ctrl, double g) {
   if (std::isinf(g)) {
     if (a != b) {
-      AddA(a, r, -1.0);
-      AddA(b, r, 1.0);
+      AddCoupling(a, r, -1.0);
+      AddCoupling(b, r, 1.0);
     }
-    SetA(r, ctrl, -1.0);
+    SetCoupling(r, ctrl, -1.0);
     return;
   }
   StampOutVoltage(a, b, r, 0.0);
-  AddA(r, ctrl, -g);
+  AddCoupling(r, ctrl, -g);
 }
 
 void CCalc::StampCurrentGain(int a, int b, int r, int ctrl, double g) {
   if (std::isinf(g)) {
     if (a != b) {
-      AddA(a, r, -1.0);
-      AddA(b, r, 1.0);
+      AddCoupling(a, r, -1.0);
+      AddCoupling(b, r, 1.0);
     }
-    SetA(r, ctrl, -1.0);
+    SetCoupling(r, ctrl, -1.0);
     return;
   }
   StampOutCurrent(a, b, r, 0.0);
-  AddA(r, ctrl, -g);
+  AddCoupling(r, ctrl, -g);
 }
 
 // An ideal clamp: a voltage source while on; while off its current row is
@@ -162,7 +197,7 @@ void CCalc::StampClamp(int a, int b, int r, bool on, double v) {
     StampVSource(a, b, r, v);
     return;
   }
-  SetA(r, r, 1.0);
+  SetCoupling(r, r, 1.0);
   if (a == b) return;
   if (InMatrix(r)) rowFree[static_cast<size_t>(r)] = 1;
   StampVSource(a, b, r, 0.0);
@@ -213,9 +248,7 @@ bool CCalc::CheckClamp(bool apply, int32_t& state, int a, int b, int r, double v
   if (!apply) return false;
   // The marks of the last solve decide: an unknown current means the clamp
   // cannot stay on; nodes of different status mean it must conduct.
-  auto mark = [this](int i) -> uint8_t {
-    return InMatrix(i) ? rowMark[static_cast<size_t>(i)] : 0;
-  };
+  auto mark = [this](int i) { return RowMark(i); };
   if (state != 0) {
     if (mark(r) != 0) {
       state = 0;

@@ -32,12 +32,10 @@ struct SignedSum {
 
 // The masked product of one row of B with v, for rows that may hold stale
 // entries outside their mask.
-void RowProduct(const CCalc& calc, int i, const double* v, SignedSum& sum) {
-  const size_t ii = static_cast<size_t>(i);
-  const double* bi = calc.B[ii];
-  const uint8_t* mi = calc.maskB[ii];
+inline void RowProduct(const double* bi, const uint8_t* mi, int dim, const double* v,
+                       SignedSum& sum) {
   if (!mi[0]) return;
-  for (int j = 1; j < calc.dim; ++j)
+  for (int j = 1; j < dim; ++j)
     if (mi[j]) sum.Add(bi[j] * v[j]);
 }
 
@@ -214,10 +212,10 @@ bool CCalc::StepFactored(double t) {
         }
       }
     } else {
-      RowProduct(*this, i, v, s0);
-      RowProduct(*this, i + 1, v, s1);
-      RowProduct(*this, i + 2, v, s2);
-      RowProduct(*this, i + 3, v, s3);
+      RowProduct(B[static_cast<size_t>(i)], maskB[static_cast<size_t>(i)], dim, v, s0);
+      RowProduct(B[static_cast<size_t>(i + 1)], maskB[static_cast<size_t>(i + 1)], dim, v, s1);
+      RowProduct(B[static_cast<size_t>(i + 2)], maskB[static_cast<size_t>(i + 2)], dim, v, s2);
+      RowProduct(B[static_cast<size_t>(i + 3)], maskB[static_cast<size_t>(i + 3)], dim, v, s3);
     }
     x[i0] = Cancel(-s0.positive, s0.negative, zero);
     x[i0 + 1] = Cancel(-s1.positive, s1.negative, zero);
@@ -227,7 +225,7 @@ bool CCalc::StepFactored(double t) {
   for (; i < n; ++i) {
     const size_t ii = static_cast<size_t>(i);
     SignedSum sum(c[ii] + xPrev[ii]);
-    RowProduct(*this, i, v, sum);
+    RowProduct(B[static_cast<size_t>(i)], maskB[static_cast<size_t>(i)], dim, v, sum);
     x[ii] = Cancel(-sum.positive, sum.negative, zero);
   }
   return true;

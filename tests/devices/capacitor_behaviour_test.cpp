@@ -8,6 +8,7 @@
 #include <string>
 
 #include "base/last_error.h"
+#include "../solver/calc_internals.h"
 #include "devices/capacitor.h"
 #include "solver_bench.h"
 
@@ -73,7 +74,7 @@ TEST(CapacitorStateForm, TheNextOrderIsTheCurrentOverC) {
   EXPECT_EQ(c.Voltage, 3.0);
   bench.calc.stampMode = 0;
   ASSERT_TRUE(bench.calc.StampMatrices(0.0));
-  EXPECT_DOUBLE_EQ(bench.calc.B[static_cast<size_t>(c.firstRow)][c.firstRow], -1e6);
+  EXPECT_DOUBLE_EQ(Raw(bench.calc).B[static_cast<size_t>(c.firstRow)][c.firstRow], -1e6);
 }
 
 TEST(CapacitorStateForm, MarkedRowTakesItsVoltageFromTheSolution) {
@@ -94,7 +95,7 @@ TEST(CapacitorStateForm, MarkedRowTakesItsVoltageFromTheSolution) {
     EXPECT_EQ(bench.cmps.Find(source)->firstRow < c.firstRow, source == "A1");
     EXPECT_EQ(bench.calc.SolveInitial(0.0, true, false), 99);
     EXPECT_EQ(bench.calc.error, std::string("Infinity at node 3 : ") + (source == "A1" ? "C1" : source));
-    EXPECT_NE(bench.calc.rowMark[static_cast<size_t>(c.firstRow)], 0);
+    EXPECT_NE(Raw(bench.calc).rowMark[static_cast<size_t>(c.firstRow)], 0);
     EXPECT_TRUE(c.forceIC);  // a neighbour of the source, and known already
     EXPECT_EQ(bench.calc.AdjustIC(), 1);
     EXPECT_TRUE(c.HasValue);
@@ -188,7 +189,7 @@ TEST(CapacitorDynamic, FunctionModelIsAResistanceOfOne) {
       ASSERT_EQ(bench.calc.Calculate(0.0, 1e-3, true, false), 0);
     EXPECT_NEAR(bench.X(2), 5.0, 1e-12) << mode;
     EXPECT_NEAR(bench.I(f), 5.0, 1e-12) << mode;
-    EXPECT_EQ(bench.calc.B[static_cast<size_t>(f.firstRow)][f.firstRow], 0.0);
+    EXPECT_EQ(Raw(bench.calc).B[static_cast<size_t>(f.firstRow)][f.firstRow], 0.0);
   }
 }
 

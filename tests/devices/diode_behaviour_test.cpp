@@ -8,6 +8,7 @@
 #include <string>
 
 #include "base/last_error.h"
+#include "../solver/calc_internals.h"
 #include "devices/diode.h"
 #include "solver_bench.h"
 
@@ -442,8 +443,8 @@ TEST(DiodeSoft, WithoutStorageTimeItIsAPlainDiodeWithAnIdleRow) {
   bench.calc.stampMode = 1;
   ASSERT_TRUE(bench.calc.StampMatrices(0.0));
   const size_t r1 = static_cast<size_t>(d.firstRow + 1);
-  EXPECT_EQ(bench.calc.A[r1][r1], -1.0);
-  EXPECT_EQ(bench.calc.c[r1], 0.0);
+  EXPECT_EQ(Raw(bench.calc).A[r1][r1], -1.0);
+  EXPECT_EQ(Raw(bench.calc).c[r1], 0.0);
   v = -5.0;
   ASSERT_EQ(bench.Solve(), 0);
   EXPECT_EQ(d.state, 0);

@@ -11,6 +11,7 @@
 #include <string>
 
 #include "devices/registry.h"
+#include "../solver/calc_internals.h"
 #include "base/last_error.h"
 #include "devices/resistor.h"
 #include "components/cmps.h"
@@ -123,9 +124,9 @@ TEST(ResistorRun, InfiniteWritesNothingAndTracesNoCurrent) {
   EXPECT_EQ(bench.R("RX").GetExtraRows(), 0);
   ASSERT_TRUE(bench.calc.StampMatrices(0.0));
   // Node 3 has nothing but the open resistor: its row stays empty.
-  EXPECT_EQ(bench.calc.maskA[3][0], 0);
+  EXPECT_EQ(Raw(bench.calc).maskA[3][0], 0);
   ASSERT_EQ(bench.Solve(), 0);
-  EXPECT_EQ(bench.calc.rowMark[3], 1);  // node 3 is free
+  EXPECT_EQ(Raw(bench.calc).rowMark[3], 1);  // node 3 is free
   EXPECT_NEAR(bench.V(2), 5.0, 1e-12);
   int a = 0, b = 0, row = 0;
   double value = 0;

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "devices/registry.h"
+#include "../solver/calc_internals.h"
 #include "../solver/fake_cmp.h"
 #include "components/cmps.h"
 #include "xml/xml_node.h"
@@ -52,9 +53,9 @@ class SolverBench {
       const int r = src.firstRow;
       if (phase == STAMP_MATRIX && calc.pass == 0) {
         calc.StampVSource(src.pins[0], src.pins[1], r, 0.0);
-        calc.rowMark[static_cast<size_t>(r)] = 1;
+        Raw(calc).rowMark[static_cast<size_t>(r)] = 1;
       }
-      if (phase == STAMP_SOURCE) calc.s[static_cast<size_t>(r)] = -v(t);
+      if (phase == STAMP_SOURCE) Raw(calc).s[static_cast<size_t>(r)] = -v(t);
       return 0;
     };
     return src;

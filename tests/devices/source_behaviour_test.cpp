@@ -12,6 +12,7 @@
 #include <string>
 
 #include "devices/registry.h"
+#include "../solver/calc_internals.h"
 #include "base/last_error.h"
 #include "devices/resistor.h"
 #include "devices/source.h"
@@ -93,11 +94,11 @@ TEST(SourceRun, ConstantSourcesDriveTheirSecondPin) {
   EXPECT_NEAR(bench.V(2), 1.0, 1e-12);
   EXPECT_NEAR(bench.Row("I1"), 2e-3, 1e-15);
   // The value enters through s alone, on a row marked as varying.
-  EXPECT_EQ(bench.calc.s[bench.RowOf("V1")], -10.0);
+  EXPECT_EQ(Raw(bench.calc).s[bench.RowOf("V1")], -10.0);
   ASSERT_TRUE(bench.calc.StampMatrices(0.0));
   for (const char* name : {"V1", "I1"}) {
-    EXPECT_EQ(bench.calc.c[bench.RowOf(name)], 0.0);
-    EXPECT_EQ(bench.calc.rowMark[bench.RowOf(name)], 1);
+    EXPECT_EQ(Raw(bench.calc).c[bench.RowOf(name)], 0.0);
+    EXPECT_EQ(Raw(bench.calc).rowMark[bench.RowOf(name)], 1);
   }
 }
 
@@ -107,9 +108,9 @@ TEST(SourceRun, ShortedSourceWritesNothingButKeepsItsRowMarked) {
   ASSERT_EQ(bench.Build(), 0);
   ASSERT_TRUE(bench.calc.StampMatrices(0.0));
   const size_t r = bench.RowOf("V1");
-  EXPECT_EQ(bench.calc.rowMark[r], 1);
-  EXPECT_EQ(bench.calc.maskA[r][0], 0);
-  EXPECT_EQ(bench.calc.maskA[1][r], 0);
+  EXPECT_EQ(Raw(bench.calc).rowMark[r], 1);
+  EXPECT_EQ(Raw(bench.calc).maskA[r][0], 0);
+  EXPECT_EQ(Raw(bench.calc).maskA[1][r], 0);
 }
 
 TEST(SourceChecks, ConstantValueMessagesUseTheSourcesLetter) {
@@ -203,13 +204,13 @@ TEST(SourceSignal, SineDerivativeEntersOnlyTheStateForm) {
   const size_t r = bench.RowOf("V1");
   ASSERT_GE(bench.calc.SolveInitial(0.0, false, true), 0);
   EXPECT_NEAR(bench.V(1), 1.0, 1e-12);
-  EXPECT_NEAR(bench.calc.sB[r], -2.0 * 2.0 * kPi / 1e-3, 1e-6);
+  EXPECT_NEAR(Raw(bench.calc).sB[r], -2.0 * 2.0 * kPi / 1e-3, 1e-6);
 
   bench.calc.xPrev = bench.calc.x;
-  bench.calc.sPrev = bench.calc.s;
+  Raw(bench.calc).sPrev = Raw(bench.calc).s;
   ASSERT_TRUE(bench.calc.StepTrapezoid(0.0, 2.5e-4));
   EXPECT_NEAR(bench.V(1), 3.0, 1e-9);
-  EXPECT_EQ(bench.calc.sB[r], 0.0);
+  EXPECT_EQ(Raw(bench.calc).sB[r], 0.0);
 }
 
 TEST(SourceSignal, FunctionSeesTimeAndTheSolution) {

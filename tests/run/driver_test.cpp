@@ -3,6 +3,7 @@
 // step, failures and their texts, restarts after changes in the middle of a
 // run, and the initial conditions.
 #include "run/driver.h"
+#include "../solver/calc_internals.h"
 
 #include <gtest/gtest.h>
 
@@ -84,9 +85,9 @@ class Bench {
       const int r = src.firstRow;
       if (phase == STAMP_MATRIX && calc.pass == 0) {
         calc.StampVSource(src.pins[0], src.pins[1], r, 0.0);
-        calc.rowMark[static_cast<size_t>(r)] = 1;
+        Raw(calc).rowMark[static_cast<size_t>(r)] = 1;
       }
-      if (phase == STAMP_SOURCE) calc.s[static_cast<size_t>(r)] = -v(t);
+      if (phase == STAMP_SOURCE) Raw(calc).s[static_cast<size_t>(r)] = -v(t);
       return 0;
     };
     src.onEvent = [corners](CCalc&, double t, double& nextTime, double&) {
@@ -473,7 +474,7 @@ FakeCmp& Capacitor(solvertest::Circuit& circuit, const std::string& name, int32_
       calc.StampISource(cap.pins[0], cap.pins[1], r, 0.0);
     } else {
       calc.StampVSource(cap.pins[0], cap.pins[1], r, v0);
-      calc.B[static_cast<size_t>(r)][r] = -1.0 / C;
+      Raw(calc).B[static_cast<size_t>(r)][r] = -1.0 / C;
     }
     return 0;
   };

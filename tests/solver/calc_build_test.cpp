@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "components/cmps.h"
+#include "calc_internals.h"
 #include "fake_cmp.h"
 
 namespace tz4 {
@@ -148,15 +149,15 @@ TEST(CalcBuild, ClearSystemKeepsTheSolution) {
   CCalc& calc = circuit.calc;
   calc.x[1] = 2.0;
   calc.xPrev[1] = 3.0;
-  calc.sPrev[1] = 4.0;
-  calc.A[1][1] = calc.B[1][1] = calc.c[1] = calc.s[1] = calc.sB[1] = 1.0;
-  calc.rowMark[1] = calc.rowFree[1] = calc.maskA[1][1] = calc.maskB[1][1] = 1;
+  Raw(calc).sPrev[1] = 4.0;
+  Raw(calc).A[1][1] = Raw(calc).B[1][1] = Raw(calc).c[1] = Raw(calc).s[1] = Raw(calc).sB[1] = 1.0;
+  Raw(calc).rowMark[1] = Raw(calc).rowFree[1] = Raw(calc).maskA[1][1] = Raw(calc).maskB[1][1] = 1;
   calc.ClearSystem();
   EXPECT_EQ(calc.x[1], 2.0);
   EXPECT_EQ(calc.xPrev[1], 3.0);
-  EXPECT_EQ(calc.sPrev[1], 4.0);
-  EXPECT_EQ(calc.A[1][1] + calc.B[1][1] + calc.c[1] + calc.s[1] + calc.sB[1], 0.0);
-  EXPECT_EQ(calc.rowMark[1] + calc.rowFree[1] + calc.maskA[1][1] + calc.maskB[1][1], 0);
+  EXPECT_EQ(Raw(calc).sPrev[1], 4.0);
+  EXPECT_EQ(Raw(calc).A[1][1] + Raw(calc).B[1][1] + Raw(calc).c[1] + Raw(calc).s[1] + Raw(calc).sB[1], 0.0);
+  EXPECT_EQ(Raw(calc).rowMark[1] + Raw(calc).rowFree[1] + Raw(calc).maskA[1][1] + Raw(calc).maskB[1][1], 0);
 }
 
 TEST(CalcBuild, MatrixStampRunsTwoPassesAndBuildsTheMasks) {
@@ -167,8 +168,8 @@ TEST(CalcBuild, MatrixStampRunsTwoPassesAndBuildsTheMasks) {
     if (phase != STAMP_MATRIX) return 0;
     passes.push_back(calc.pass);
     if (calc.pass == 1) {
-      calc.A[1][2] = 1.0;
-      calc.B[2][1] = 2.0;
+      Raw(calc).A[1][2] = 1.0;
+      Raw(calc).B[2][1] = 2.0;
     }
     return 0;
   };
@@ -176,13 +177,13 @@ TEST(CalcBuild, MatrixStampRunsTwoPassesAndBuildsTheMasks) {
   CCalc& calc = circuit.calc;
   ASSERT_TRUE(calc.StampMatrices(0.0));
   EXPECT_EQ(passes, (std::vector<int>{0, 1}));
-  EXPECT_EQ(calc.maskA[1][2], 1);
-  EXPECT_EQ(calc.maskA[1][0], 1);
-  EXPECT_EQ(calc.maskA[1][1], 0);
-  EXPECT_EQ(calc.maskA[2][0], 0);
-  EXPECT_EQ(calc.maskB[2][1], 1);
-  EXPECT_EQ(calc.maskB[2][0], 1);
-  EXPECT_EQ(calc.maskB[1][0], 0);
+  EXPECT_EQ(Raw(calc).maskA[1][2], 1);
+  EXPECT_EQ(Raw(calc).maskA[1][0], 1);
+  EXPECT_EQ(Raw(calc).maskA[1][1], 0);
+  EXPECT_EQ(Raw(calc).maskA[2][0], 0);
+  EXPECT_EQ(Raw(calc).maskB[2][1], 1);
+  EXPECT_EQ(Raw(calc).maskB[2][0], 1);
+  EXPECT_EQ(Raw(calc).maskB[1][0], 0);
 
   part.onStamp = [](CCalc&, int phase, double) { return phase == STAMP_MATRIX ? 3 : 0; };
   EXPECT_FALSE(calc.StampMatrices(0.0));

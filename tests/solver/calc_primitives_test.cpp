@@ -6,6 +6,7 @@
 #include <limits>
 
 #include "solver/calc.h"
+#include "calc_internals.h"
 
 namespace tz4 {
 namespace {
@@ -20,7 +21,7 @@ class CalcPrimitives : public ::testing::Test {
     calc.total = 8;
     ASSERT_TRUE(calc.AllocateSystem());
   }
-  double a(int r, int col) { return calc.A[static_cast<size_t>(r)][col]; }
+  double a(int r, int col) { return Raw(calc).A[static_cast<size_t>(r)][col]; }
   // Sum of |entries| of A outside the listed ones, to prove nothing else moved.
   int NonZeroCount() {
     int n = 0;
@@ -49,7 +50,7 @@ TEST_F(CalcPrimitives, VoltageSourcesAndTheirSigns) {
   EXPECT_EQ(a(2, 5), -1.0);
   EXPECT_EQ(a(5, 1), -1.0);
   EXPECT_EQ(a(5, 2), 1.0);
-  EXPECT_EQ(calc.c[5], -3.0);
+  EXPECT_EQ(Raw(calc).c[5], -3.0);
 
   calc.ClearSystem();
   EXPECT_TRUE(calc.StampOutVoltage(3, 4, 5, 2.0));
@@ -57,7 +58,7 @@ TEST_F(CalcPrimitives, VoltageSourcesAndTheirSigns) {
   EXPECT_EQ(a(4, 5), 1.0);
   EXPECT_EQ(a(5, 3), -1.0);
   EXPECT_EQ(a(5, 4), 1.0);
-  EXPECT_EQ(calc.c[5], -2.0);
+  EXPECT_EQ(Raw(calc).c[5], -2.0);
   EXPECT_EQ(NonZeroCount(), 4);
 }
 
@@ -65,12 +66,12 @@ TEST_F(CalcPrimitives, SourceOnOneNodeWritesNothingButCurrentSourceKeepsItsDiago
   EXPECT_TRUE(calc.StampVSource(2, 2, 5, 7.0));
   EXPECT_TRUE(calc.StampOutVoltage(2, 2, 5, 7.0));
   EXPECT_EQ(NonZeroCount(), 0);
-  EXPECT_EQ(calc.c[5], 0.0);
+  EXPECT_EQ(Raw(calc).c[5], 0.0);
 
   calc.StampISource(2, 2, 5, 0.5);
   EXPECT_EQ(NonZeroCount(), 1);
   EXPECT_EQ(a(5, 5), 1.0);
-  EXPECT_EQ(calc.c[5], -0.5);
+  EXPECT_EQ(Raw(calc).c[5], -0.5);
 }
 
 TEST_F(CalcPrimitives, CurrentSources) {
@@ -78,12 +79,12 @@ TEST_F(CalcPrimitives, CurrentSources) {
   EXPECT_EQ(a(1, 5), 1.0);
   EXPECT_EQ(a(2, 5), -1.0);
   EXPECT_EQ(a(5, 5), 1.0);
-  EXPECT_EQ(calc.c[5], -0.5);
+  EXPECT_EQ(Raw(calc).c[5], -0.5);
   calc.StampOutCurrent(3, 1, 4, 2.0);
   EXPECT_EQ(a(3, 4), -1.0);
   EXPECT_EQ(a(1, 4), 1.0);
   EXPECT_EQ(a(4, 4), 1.0);
-  EXPECT_EQ(calc.c[4], -2.0);
+  EXPECT_EQ(Raw(calc).c[4], -2.0);
 }
 
 TEST_F(CalcPrimitives, ResistorWithItsCurrentAsUnknown) {
@@ -126,55 +127,55 @@ TEST_F(CalcPrimitives, ControlledSourcesFiniteAndInfinite) {
   other.total = 6;
   ASSERT_TRUE(other.AllocateSystem());
   other.StampTransconductance(1, 2, 3, 4, 5, kInf);
-  EXPECT_EQ(other.A[1][5], -1.0);
-  EXPECT_EQ(other.A[2][5], 1.0);
-  EXPECT_EQ(other.A[5][3], 1.0);
-  EXPECT_EQ(other.A[5][4], -1.0);
-  EXPECT_EQ(other.A[5][5], 0.0);
+  EXPECT_EQ(Raw(other).A[1][5], -1.0);
+  EXPECT_EQ(Raw(other).A[2][5], 1.0);
+  EXPECT_EQ(Raw(other).A[5][3], 1.0);
+  EXPECT_EQ(Raw(other).A[5][4], -1.0);
+  EXPECT_EQ(Raw(other).A[5][5], 0.0);
 
   other.ClearSystem();
   other.StampGainVV(1, 2, 3, 4, 5, 2.0);
-  EXPECT_EQ(other.A[1][5], -1.0);
-  EXPECT_EQ(other.A[5][1], -1.0);
-  EXPECT_EQ(other.A[5][2], 1.0);
-  EXPECT_EQ(other.A[5][3], 2.0);
-  EXPECT_EQ(other.A[5][4], -2.0);
+  EXPECT_EQ(Raw(other).A[1][5], -1.0);
+  EXPECT_EQ(Raw(other).A[5][1], -1.0);
+  EXPECT_EQ(Raw(other).A[5][2], 1.0);
+  EXPECT_EQ(Raw(other).A[5][3], 2.0);
+  EXPECT_EQ(Raw(other).A[5][4], -2.0);
 
   other.ClearSystem();
   other.StampGainVI(1, 2, 5, 3, 2.0);
-  EXPECT_EQ(other.A[5][3], -2.0);
-  EXPECT_EQ(other.A[5][1], -1.0);
+  EXPECT_EQ(Raw(other).A[5][3], -2.0);
+  EXPECT_EQ(Raw(other).A[5][1], -1.0);
   other.ClearSystem();
   other.StampGainVI(1, 2, 5, 3, kInf);
-  EXPECT_EQ(other.A[5][3], -1.0);
-  EXPECT_EQ(other.A[5][1], 0.0);
-  EXPECT_EQ(other.A[1][5], -1.0);
+  EXPECT_EQ(Raw(other).A[5][3], -1.0);
+  EXPECT_EQ(Raw(other).A[5][1], 0.0);
+  EXPECT_EQ(Raw(other).A[1][5], -1.0);
 
   other.ClearSystem();
   other.StampCurrentGain(1, 2, 5, 3, 3.0);
-  EXPECT_EQ(other.A[5][5], 1.0);
-  EXPECT_EQ(other.A[5][3], -3.0);
+  EXPECT_EQ(Raw(other).A[5][5], 1.0);
+  EXPECT_EQ(Raw(other).A[5][3], -3.0);
   other.ClearSystem();
   other.StampCurrentGain(1, 1, 5, 3, -kInf);
-  EXPECT_EQ(other.A[5][3], -1.0);
-  EXPECT_EQ(other.A[1][5], 0.0);
-  EXPECT_EQ(other.A[5][5], 0.0);
+  EXPECT_EQ(Raw(other).A[5][3], -1.0);
+  EXPECT_EQ(Raw(other).A[1][5], 0.0);
+  EXPECT_EQ(Raw(other).A[5][5], 0.0);
 }
 
 TEST_F(CalcPrimitives, ClampOffFreesItsRowOnlyBetweenTwoNodes) {
   calc.StampClamp(1, 2, 5, true, 0.7);
-  EXPECT_EQ(calc.c[5], -0.7);
-  EXPECT_EQ(calc.rowFree[5], 0);
+  EXPECT_EQ(Raw(calc).c[5], -0.7);
+  EXPECT_EQ(Raw(calc).rowFree[5], 0);
 
   calc.ClearSystem();
   calc.StampClamp(1, 2, 5, true, kInf);  // on but infinite: as off
-  EXPECT_EQ(calc.rowFree[5], 1);
+  EXPECT_EQ(Raw(calc).rowFree[5], 1);
   EXPECT_EQ(a(5, 5), 1.0);
   EXPECT_EQ(a(1, 5), 1.0);
 
   calc.ClearSystem();
   calc.StampClamp(3, 3, 4, false, 0.0);
-  EXPECT_EQ(calc.rowFree[4], 0);
+  EXPECT_EQ(Raw(calc).rowFree[4], 0);
   EXPECT_EQ(a(4, 4), 1.0);
   EXPECT_EQ(NonZeroCount(), 1);
 }
@@ -182,15 +183,15 @@ TEST_F(CalcPrimitives, ClampOffFreesItsRowOnlyBetweenTwoNodes) {
 TEST_F(CalcPrimitives, LogicOutputInsideAndOutsideTheMatrix) {
   calc.low = 0.5;
   calc.high = 3.3;
-  calc.A[2][1] = 4.0;
-  calc.B[2][3] = 1.0;
+  Raw(calc).A[2][1] = 4.0;
+  Raw(calc).B[2][3] = 1.0;
   calc.StampLogicOutput(2, 1);
   EXPECT_EQ(a(2, 1), 0.0);
-  EXPECT_EQ(calc.B[2][3], 0.0);
+  EXPECT_EQ(Raw(calc).B[2][3], 0.0);
   EXPECT_EQ(a(2, 2), -1.0);
-  EXPECT_EQ(calc.c[2], 3.3);
+  EXPECT_EQ(Raw(calc).c[2], 3.3);
   calc.StampLogicOutput(2, 0);
-  EXPECT_EQ(calc.c[2], 0.5);
+  EXPECT_EQ(Raw(calc).c[2], 0.5);
 
   calc.StampLogicOutput(7, 1);
   EXPECT_EQ(calc.x[7], 3.3);
@@ -241,13 +242,13 @@ TEST_F(CalcPrimitives, ClampCheckFollowsRowMarksWhenApplying) {
   int32_t state = 1;
   calc.x[r] = 1e-3;
   EXPECT_FALSE(calc.CheckClamp(true, state, a_, b_, r, 0.6, 0.0, false));
-  calc.rowMark[r] = 1;
+  Raw(calc).rowMark[r] = 1;
   EXPECT_FALSE(calc.CheckClamp(false, state, a_, b_, r, 0.6, 0.0, false));
   EXPECT_TRUE(calc.CheckClamp(true, state, a_, b_, r, 0.6, 0.0, false));
   EXPECT_EQ(state, 0);
 
-  calc.rowMark[r] = 0;
-  calc.rowMark[b_] = 255;
+  Raw(calc).rowMark[r] = 0;
+  Raw(calc).rowMark[b_] = 255;
   EXPECT_TRUE(calc.CheckClamp(true, state, a_, b_, r, 0.6, 0.0, false));
   EXPECT_EQ(state, 1);
 }

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "fake_cmp.h"
+#include "calc_internals.h"
 
 namespace tz4 {
 namespace {
@@ -23,7 +24,7 @@ int SolveNow(CCalc& calc) {
   EXPECT_TRUE(calc.StampSources(0.0));
   for (int i = 1; i < calc.dim; ++i) {
     const size_t ii = static_cast<size_t>(i);
-    calc.x[ii] = calc.rowFree[ii] ? 0.0 : calc.c[ii] + calc.s[ii];
+    calc.x[ii] = Raw(calc).rowFree[ii] ? 0.0 : Raw(calc).c[ii] + Raw(calc).s[ii];
   }
   return calc.Solve();
 }
@@ -43,8 +44,8 @@ FakeCmp& Block(Circuit& circuit, std::vector<std::vector<double>> a, std::vector
     const int r0 = block.firstRow;
     for (size_t i = 0; i < c.size(); ++i) {
       for (size_t j = 0; j < c.size(); ++j)
-        calc.A[static_cast<size_t>(r0) + i][r0 + static_cast<int>(j)] = a[i][j];
-      calc.c[static_cast<size_t>(r0) + i] = c[i];
+        Raw(calc).A[static_cast<size_t>(r0) + i][r0 + static_cast<int>(j)] = a[i][j];
+      Raw(calc).c[static_cast<size_t>(r0) + i] = c[i];
     }
     return 0;
   };
@@ -63,7 +64,7 @@ TEST(CalcSolve, ResistiveDivider) {
   EXPECT_NEAR(calc.x[1], 10.0, 1e-12);
   EXPECT_NEAR(calc.x[2], 7.5, 1e-12);
   EXPECT_NEAR(calc.x[3], -2.5e-3, 1e-15);  // current from b to a through the source
-  for (int i = 1; i < 4; ++i) EXPECT_EQ(calc.rowMark[static_cast<size_t>(i)], 0);
+  for (int i = 1; i < 4; ++i) EXPECT_EQ(Raw(calc).rowMark[static_cast<size_t>(i)], 0);
 }
 
 TEST(CalcSolve, PivotingFindsTheOnlyNonZeroRow) {
@@ -86,9 +87,9 @@ TEST(CalcSolve, EqualSourcesInParallelLeaveTheCurrentsFree) {
   EXPECT_EQ(SolveNow(calc), 1);
   EXPECT_NEAR(calc.x[1], 5.0, 1e-12);
   EXPECT_EQ(calc.x[3], 0.0);
-  EXPECT_EQ(calc.rowMark[3], 1);
-  EXPECT_EQ(calc.rowMark[2], 1);  // depends on the free current
-  EXPECT_EQ(calc.rowMark[1], 0);
+  EXPECT_EQ(Raw(calc).rowMark[3], 1);
+  EXPECT_EQ(Raw(calc).rowMark[2], 1);  // depends on the free current
+  EXPECT_EQ(Raw(calc).rowMark[1], 0);
 }
 
 TEST(CalcSolve, DifferentSourcesInParallelContradict) {
@@ -98,9 +99,9 @@ TEST(CalcSolve, DifferentSourcesInParallelContradict) {
   ASSERT_TRUE(circuit.Build());
   CCalc& calc = circuit.calc;
   EXPECT_EQ(SolveNow(calc), -1);
-  EXPECT_EQ(calc.rowMark[3], 255);
-  EXPECT_EQ(calc.rowMark[2], 255);
-  EXPECT_EQ(calc.rowMark[1], 0);
+  EXPECT_EQ(Raw(calc).rowMark[3], 255);
+  EXPECT_EQ(Raw(calc).rowMark[2], 255);
+  EXPECT_EQ(Raw(calc).rowMark[1], 0);
   EXPECT_EQ(calc.NamesAtRow(3), "V2");
   EXPECT_EQ(calc.NamesAtRow(1), "V1, V2");
 }
@@ -115,7 +116,7 @@ TEST(CalcSolve, CancellationRuleAtItsEdge) {
     Block(circuit, a, c);
     ASSERT_TRUE(circuit.Build());
     EXPECT_EQ(SolveNow(circuit.calc), 1);
-    EXPECT_EQ(circuit.calc.rowMark[2], 1);
+    EXPECT_EQ(Raw(circuit.calc).rowMark[2], 1);
     EXPECT_EQ(circuit.calc.x[2], 0.0);
     EXPECT_EQ(circuit.calc.x[1], 1.0);
   }
@@ -140,14 +141,14 @@ TEST(CalcSolve, FreeRowIsZeroWhateverItsCoefficients) {
   FakeCmp& noise = circuit.Add("N", {});
   noise.onStamp = [r](CCalc& calc, int phase, double) {
     if (phase == STAMP_MATRIX && calc.pass == 1) {
-      calc.A[static_cast<size_t>(r)][1] = 3.0;
-      calc.c[static_cast<size_t>(r)] = 7.0;
+      Raw(calc).A[static_cast<size_t>(r)][1] = 3.0;
+      Raw(calc).c[static_cast<size_t>(r)] = 7.0;
     }
     return 0;
   };
   CCalc& calc = circuit.calc;
   EXPECT_EQ(SolveNow(calc), 0);
-  EXPECT_EQ(calc.rowFree[static_cast<size_t>(r)], 1);
+  EXPECT_EQ(Raw(calc).rowFree[static_cast<size_t>(r)], 1);
   EXPECT_EQ(calc.x[static_cast<size_t>(r)], 0.0);
   EXPECT_NEAR(calc.x[1], 5.0, 1e-12);
 }
@@ -221,7 +222,7 @@ TEST(CalcSolve, FactoredStepsMatchTheFullTrapezoidalSolve) {
     std::vector<double> points;
     for (int n = 0; n < 1000; ++n) {
       calc.xPrev = calc.x;
-      calc.sPrev = calc.s;
+      Raw(calc).sPrev = Raw(calc).s;
       const double t = n * h;
       if (factored) {
         if (n == 0) {
@@ -262,7 +263,7 @@ TEST(CalcSolve, FactoredStepsMatchOnDenseAndLadderSystems) {
       std::vector<std::vector<double>> points;
       for (int n = 0; n < steps; ++n) {
         calc.xPrev = calc.x;
-        calc.sPrev = calc.s;
+        Raw(calc).sPrev = Raw(calc).s;
         if (!factored) {
           EXPECT_TRUE(calc.StepTrapezoid(n * h, h));
         } else {
@@ -288,19 +289,19 @@ TEST(CalcSolve, FactoredStepsMatchOnDenseAndLadderSystems) {
         FakeCmp& block = circuit.Add("M", {}, 6);
         block.onStamp = [&block](CCalc& calc, int phase, double t) {
           const int r0 = block.firstRow;
-          if (phase == STAMP_SOURCE) calc.s[static_cast<size_t>(r0)] = std::sin(1000.0 * t);
+          if (phase == STAMP_SOURCE) Raw(calc).s[static_cast<size_t>(r0)] = std::sin(1000.0 * t);
           if (phase != STAMP_MATRIX || calc.pass != 0) return 0;
           for (int i = 0; i < 6; ++i) {
             for (int j = 0; j < 6; ++j) {
               const double a = std::sin(1.0 + i * 7 + j * 3);
-              calc.A[static_cast<size_t>(r0 + i)][r0 + j] = a + (i == j ? -8.0 : 0.0);
+              Raw(calc).A[static_cast<size_t>(r0 + i)][r0 + j] = a + (i == j ? -8.0 : 0.0);
               // The varying row's own column of B stays empty.
               if (j > 0)
-                calc.B[static_cast<size_t>(r0 + i)][r0 + j] = 1e-3 * std::cos(2.0 + i * 5 + j);
+                Raw(calc).B[static_cast<size_t>(r0 + i)][r0 + j] = 1e-3 * std::cos(2.0 + i * 5 + j);
             }
-            calc.c[static_cast<size_t>(r0 + i)] = std::cos(1.0 * i);
+            Raw(calc).c[static_cast<size_t>(r0 + i)] = std::cos(1.0 * i);
           }
-          calc.rowMark[static_cast<size_t>(r0)] = 1;
+          Raw(calc).rowMark[static_cast<size_t>(r0)] = 1;
           return 0;
         };
       },
@@ -354,8 +355,8 @@ TEST(CalcSolve, InitialConditionsTakeTheCapacitorValueAndItsCurrent) {
   EXPECT_NEAR(calc.x[1], 2.0, 1e-15);
   EXPECT_NEAR(calc.x[2], -1e-3, 1e-18);  // the capacitor takes what the source gives
   EXPECT_NEAR(calc.x[3], 1e-3, 1e-18);
-  EXPECT_NEAR(calc.B[1][0], -1000.0, 1e-9);
-  for (int i = 1; i < calc.dim; ++i) EXPECT_EQ(calc.rowMark[static_cast<size_t>(i)], 0);
+  EXPECT_NEAR(Raw(calc).B[1][0], -1000.0, 1e-9);
+  for (int i = 1; i < calc.dim; ++i) EXPECT_EQ(Raw(calc).rowMark[static_cast<size_t>(i)], 0);
 }
 
 TEST(CalcSolve, ChargedCapacitorAgainstAVoltageSourceIsAnImpulse) {
@@ -380,11 +381,11 @@ TEST(CalcSolve, ChargedCapacitorAgainstAVoltageSourceIsAnImpulse) {
       const size_t rv = static_cast<size_t>(Named(circuit, "V1").firstRow);
       EXPECT_EQ(calc.SolveInitial(0.0, false, false), 1);
       EXPECT_EQ(calc.error, std::string("Infinity at node 4 : ") + (capacitorFirst ? "V1" : "C1"));
-      EXPECT_EQ(calc.rowMark[rc], 1);
-      EXPECT_EQ(calc.rowMark[rv], 1);
-      EXPECT_EQ(calc.rowMark[1], 0);
-      EXPECT_NEAR(calc.A[rc][0], 1e-6, 1e-18);   // the charge that moves
-      EXPECT_NEAR(calc.A[rv][0], -1e-6, 1e-18);  // comes through the source
+      EXPECT_EQ(Raw(calc).rowMark[rc], 1);
+      EXPECT_EQ(Raw(calc).rowMark[rv], 1);
+      EXPECT_EQ(Raw(calc).rowMark[1], 0);
+      EXPECT_NEAR(Raw(calc).A[rc][0], 1e-6, 1e-18);   // the charge that moves
+      EXPECT_NEAR(Raw(calc).A[rv][0], -1e-6, 1e-18);  // comes through the source
       EXPECT_NEAR(calc.x[1], 2.0, 1e-12);        // the value after the impulse
       EXPECT_NEAR(calc.x[2], 1.0, 1e-12);
       // After the step the source feeds the divider; a constant source
@@ -412,17 +413,17 @@ TEST(CalcSolve, RowSubtractWritesNewEntriesAndCancelsNoise) {
   Block(circuit, {{0, 0, 0}, {0, 0, 0}, {0, 0, 0}}, {0, 0, 0});
   ASSERT_TRUE(circuit.Build());
   CCalc& calc = circuit.calc;
-  calc.B[1][1] = 2.0;
-  calc.B[1][3] = 1.0;
-  calc.maskB[1][1] = calc.maskB[1][3] = 1;
-  calc.B[2][3] = 0.5;
-  calc.maskB[2][3] = 1;
-  calc.RowSubtract(calc.B, calc.maskB, 1, 2, 0.5);
-  EXPECT_EQ(calc.B[2][1], -1.0);
-  EXPECT_EQ(calc.maskB[2][1], 1);
-  EXPECT_EQ(calc.B[2][3], 0.0);  // 0.5 - 0.5
-  EXPECT_EQ(calc.maskB[2][3], 0);
-  EXPECT_EQ(calc.maskB[2][0], 1);
+  Raw(calc).B[1][1] = 2.0;
+  Raw(calc).B[1][3] = 1.0;
+  Raw(calc).maskB[1][1] = Raw(calc).maskB[1][3] = 1;
+  Raw(calc).B[2][3] = 0.5;
+  Raw(calc).maskB[2][3] = 1;
+  calc.RowSubtract(Raw(calc).B, Raw(calc).maskB, 1, 2, 0.5);
+  EXPECT_EQ(Raw(calc).B[2][1], -1.0);
+  EXPECT_EQ(Raw(calc).maskB[2][1], 1);
+  EXPECT_EQ(Raw(calc).B[2][3], 0.0);  // 0.5 - 0.5
+  EXPECT_EQ(Raw(calc).maskB[2][3], 0);
+  EXPECT_EQ(Raw(calc).maskB[2][0], 1);
 }
 
 }  // namespace

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "components/cmp.h"
+#include "calc_internals.h"
 #include "components/elem_type.h"
 #include "solver/calc.h"
 
@@ -119,9 +120,9 @@ class Circuit {
       const int r = src.firstRow;
       if (phase == STAMP_MATRIX && calc.pass == 0) {
         calc.StampVSource(src.pins[0], src.pins[1], r, 0.0);
-        calc.rowMark[static_cast<size_t>(r)] = 1;
+        Raw(calc).rowMark[static_cast<size_t>(r)] = 1;
       }
-      if (phase == STAMP_SOURCE) calc.s[static_cast<size_t>(r)] = -v(t);
+      if (phase == STAMP_SOURCE) Raw(calc).s[static_cast<size_t>(r)] = -v(t);
       return 0;
     };
     return src;
@@ -137,11 +138,11 @@ class Circuit {
       const size_t row = static_cast<size_t>(r);
       if (calc.stampMode == 0) {
         calc.StampVSource(pa, pb, r, cap.forceIC ? 0.0 : v0);
-        calc.B[row][r] = -1.0 / C;
+        Raw(calc).B[row][r] = -1.0 / C;
       } else {
         calc.StampISource(pa, pb, r, 0.0);
-        calc.B[row][pa] += C;
-        calc.B[row][pb] -= C;
+        Raw(calc).B[row][pa] += C;
+        Raw(calc).B[row][pb] -= C;
       }
       return 0;
     };
