@@ -3,9 +3,9 @@
 #include <cstring>
 #include <limits>
 
-#include "xml/xml_node.h"
 #include "expr/numtext.h"
 #include "expr/value.h"
+#include "xml/xml_node.h"
 
 namespace tz4 {
 
@@ -21,12 +21,9 @@ const ParamDef kLinearParams[] = {
     {},
 };
 const ParamDef kOpAmpParams[] = {
-    {PK_VALUE, "K", &BindMember<&CElemO::K>},
-    {PK_VALUE, "f1", &BindMember<&CElemO::F1>},
-    {PK_VALUE, "Vhi", &BindMember<&CElemO::Vhi>},
-    {PK_VALUE, "Vlo", &BindMember<&CElemO::Vlo>},
-    {PK_VALUE, "IC", &BindMember<&CElemO::OpAmpIc>},
-    {},
+    {PK_VALUE, "K", &BindMember<&CElemO::K>},        {PK_VALUE, "f1", &BindMember<&CElemO::F1>},
+    {PK_VALUE, "Vhi", &BindMember<&CElemO::Vhi>},    {PK_VALUE, "Vlo", &BindMember<&CElemO::Vlo>},
+    {PK_VALUE, "IC", &BindMember<&CElemO::OpAmpIc>}, {},
 };
 const ParamDef kComparatorParams[] = {
     {PK_VALUE, "Hysteresis", &BindMember<&CElemO::Hysteresis>},
@@ -49,44 +46,104 @@ const ParamDef kPwlParams[] = {
 
 // name, id, params, editHint, extraRows, traceMask, helpId, external
 const ModelInfo kSingleModels[] = {
-    {"Linear", MODEL_O_LINEAR, kLinearParams, 0, 1, kTraceAll},
-    {"OpAmp", MODEL_O_OPAMP, kOpAmpParams, 0, 1, kTraceAll},
-    {"Comparator", MODEL_O_COMPARATOR, kComparatorParams, 0, 1, kTraceAll},
-    {"Function", MODEL_O_FUNCTION, kFunctionParams, 0, 1, kTraceAll},
-    {"PWL", MODEL_O_PWL, kPwlParams, 0, 1, kTraceAll},
-    {"SubCir", MODEL_SUBCIR, nullptr, 0, 0, TRACE_V | TRACE_P, 0, 1},
+    {.name = "Linear",
+     .id = MODEL_O_LINEAR,
+     .params = kLinearParams,
+     .extraRows = 1,
+     .traceMask = kTraceAll},
+    {.name = "OpAmp",
+     .id = MODEL_O_OPAMP,
+     .params = kOpAmpParams,
+     .extraRows = 1,
+     .traceMask = kTraceAll},
+    {.name = "Comparator",
+     .id = MODEL_O_COMPARATOR,
+     .params = kComparatorParams,
+     .extraRows = 1,
+     .traceMask = kTraceAll},
+    {.name = "Function",
+     .id = MODEL_O_FUNCTION,
+     .params = kFunctionParams,
+     .extraRows = 1,
+     .traceMask = kTraceAll},
+    {.name = "PWL",
+     .id = MODEL_O_PWL,
+     .params = kPwlParams,
+     .extraRows = 1,
+     .traceMask = kTraceAll},
+    {.name = "SubCir", .id = MODEL_SUBCIR, .traceMask = TRACE_V | TRACE_P, .external = 1},
     {},
 };
 // The summing amplifier has no comparator.
 const ModelInfo kSummingModels[] = {
-    {"Linear", MODEL_O_LINEAR, kLinearParams, 0, 1, kTraceAll},
-    {"OpAmp", MODEL_O_OPAMP, kOpAmpParams, 0, 1, kTraceAll},
-    {"Function", MODEL_O_FUNCTION, kFunctionParams, 0, 1, kTraceAll},
-    {"PWL", MODEL_O_PWL, kPwlParams, 0, 1, kTraceAll},
-    {"SubCir", MODEL_SUBCIR, nullptr, 0, 0, TRACE_V | TRACE_P, 0, 1},
+    {.name = "Linear",
+     .id = MODEL_O_LINEAR,
+     .params = kLinearParams,
+     .extraRows = 1,
+     .traceMask = kTraceAll},
+    {.name = "OpAmp",
+     .id = MODEL_O_OPAMP,
+     .params = kOpAmpParams,
+     .extraRows = 1,
+     .traceMask = kTraceAll},
+    {.name = "Function",
+     .id = MODEL_O_FUNCTION,
+     .params = kFunctionParams,
+     .extraRows = 1,
+     .traceMask = kTraceAll},
+    {.name = "PWL",
+     .id = MODEL_O_PWL,
+     .params = kPwlParams,
+     .extraRows = 1,
+     .traceMask = kTraceAll},
+    {.name = "SubCir", .id = MODEL_SUBCIR, .traceMask = TRACE_V | TRACE_P, .external = 1},
     {},
 };
 const ModelInfo kVoltageGainModels[] = {
-    {"PWL", MODEL_O_PWL, kPwlParams, 0, 1, kTraceAll},
+    {.name = "PWL",
+     .id = MODEL_O_PWL,
+     .params = kPwlParams,
+     .extraRows = 1,
+     .traceMask = kTraceAll},
     {},
 };
 // The current-controlled amplifier measures its control in a second row.
 const ModelInfo kCurrentGainModels[] = {
-    {"PWL", MODEL_O_PWL, kPwlParams, 0, 2, kTraceAll},
+    {.name = "PWL",
+     .id = MODEL_O_PWL,
+     .params = kPwlParams,
+     .extraRows = 2,
+     .traceMask = kTraceAll},
     {},
 };
 
 }  // namespace
 
-const ElemType kTypeO_O = {"O_O", 2, &MakeCmp<CElemO>, kSingleModels, 0, "Amplifier"};
-const ElemType kTypeO_OD = {"O_OD", 3, &MakeCmp<CElemO>, kSingleModels, 0,
-                            "Differential\namplifier"};
-const ElemType kTypeO_OS = {"O_OS", 3, &MakeCmp<CElemO>, kSummingModels, 0,
-                            "Summing\namplifier"};
-const ElemType kTypeO_VCG = {"O_VCG", 4, &MakeCmp<CElemO>, kVoltageGainModels, 0,
-                             "Voltage controlled\namplifier"};
-const ElemType kTypeO_CCG = {"O_CCG", 4, &MakeCmp<CElemO>, kCurrentGainModels, 0,
-                             "Current controlled\namplifier"};
+const ElemType kTypeO_O = {.tag = "O_O",
+                           .pinCount = 2,
+                           .factory = &MakeCmp<CElemO>,
+                           .models = kSingleModels,
+                           .description = "Amplifier"};
+const ElemType kTypeO_OD = {.tag = "O_OD",
+                            .pinCount = 3,
+                            .factory = &MakeCmp<CElemO>,
+                            .models = kSingleModels,
+                            .description = "Differential\namplifier"};
+const ElemType kTypeO_OS = {.tag = "O_OS",
+                            .pinCount = 3,
+                            .factory = &MakeCmp<CElemO>,
+                            .models = kSummingModels,
+                            .description = "Summing\namplifier"};
+const ElemType kTypeO_VCG = {.tag = "O_VCG",
+                             .pinCount = 4,
+                             .factory = &MakeCmp<CElemO>,
+                             .models = kVoltageGainModels,
+                             .description = "Voltage controlled\namplifier"};
+const ElemType kTypeO_CCG = {.tag = "O_CCG",
+                             .pinCount = 4,
+                             .factory = &MakeCmp<CElemO>,
+                             .models = kCurrentGainModels,
+                             .description = "Current controlled\namplifier"};
 
 CElemO::CElemO(const ElemType& elemType)
     : CCmp(elemType),
@@ -127,8 +184,8 @@ std::string& CElemO::GetICText(std::string& out) {
   const std::string n = GetFullName();
   switch (ModelId()) {
     case MODEL_O_FUNCTION:
-      out = n + ".IC=" +
-            (FunctionIc.Text.empty() ? FormatNumber(FunctionIc.Value) : FunctionIc.Text);
+      out =
+          n + ".IC=" + (FunctionIc.Text.empty() ? FormatNumber(FunctionIc.Value) : FunctionIc.Text);
       break;
     case MODEL_O_LINEAR:
       out = n + ".IC=" + (LinearIc.empty() ? std::string("\"\"") : LinearIc);

@@ -4,9 +4,9 @@
 #include <cstring>
 #include <exception>
 
-#include "xml/xml_node.h"
 #include "expr/numtext.h"
 #include "solver/calc.h"
+#include "xml/xml_node.h"
 
 namespace tz4 {
 
@@ -29,31 +29,56 @@ const ParamDef kFunctionParams[] = {
     {},
 };
 
-// name, id, params, editHint, extraRows, traceMask, helpId, external.
 const ModelInfo kCapacitorModels[] = {
-    {"C", MODEL_C_C, kCParams, 0, 1, kTraceAll},
-    {"PWL", MODEL_TABLE, kPwlParams, 0, 1, kTraceAll},
-    {"Function", MODEL_C_FUNCTION, kFunctionParams, 0, 1, kTraceAll},
-    {"SubCir", MODEL_SUBCIR, nullptr, 0, 0, TRACE_V | TRACE_P, 0, 1},
+    {.name = "C", .id = MODEL_C_C, .params = kCParams, .extraRows = 1, .traceMask = kTraceAll},
+    {.name = "PWL",
+     .id = MODEL_TABLE,
+     .params = kPwlParams,
+     .extraRows = 1,
+     .traceMask = kTraceAll},
+    {.name = "Function",
+     .id = MODEL_C_FUNCTION,
+     .params = kFunctionParams,
+     .extraRows = 1,
+     .traceMask = kTraceAll},
+    {.name = "SubCir", .id = MODEL_SUBCIR, .traceMask = TRACE_V | TRACE_P, .external = 1},
     {},
 };
 const ModelInfo kVccModels[] = {
-    {"PWL", MODEL_TABLE, kPwlParams, 0, 1, kTraceAll},
+    {.name = "PWL",
+     .id = MODEL_TABLE,
+     .params = kPwlParams,
+     .extraRows = 1,
+     .traceMask = kTraceAll},
     {},
 };
 // The current sense of the control takes a second row.
 const ModelInfo kCccModels[] = {
-    {"PWL", MODEL_TABLE, kPwlParams, 0, 2, kTraceAll},
+    {.name = "PWL",
+     .id = MODEL_TABLE,
+     .params = kPwlParams,
+     .extraRows = 2,
+     .traceMask = kTraceAll},
     {},
 };
 
 }  // namespace
 
-const ElemType kTypeC_C = {"C_C", 2, &MakeCmp<CElemC>, kCapacitorModels, 0, "Capacitor"};
-const ElemType kTypeC_VCC = {"C_VCC", 4, &MakeCmp<CElemC>, kVccModels, 0,
-                             "Voltage controlled\ncapacitor"};
-const ElemType kTypeC_CCC = {"C_CCC", 4, &MakeCmp<CElemC>, kCccModels, 0,
-                             "Current controlled\ncapacitor"};
+const ElemType kTypeC_C = {.tag = "C_C",
+                           .pinCount = 2,
+                           .factory = &MakeCmp<CElemC>,
+                           .models = kCapacitorModels,
+                           .description = "Capacitor"};
+const ElemType kTypeC_VCC = {.tag = "C_VCC",
+                             .pinCount = 4,
+                             .factory = &MakeCmp<CElemC>,
+                             .models = kVccModels,
+                             .description = "Voltage controlled\ncapacitor"};
+const ElemType kTypeC_CCC = {.tag = "C_CCC",
+                             .pinCount = 4,
+                             .factory = &MakeCmp<CElemC>,
+                             .models = kCccModels,
+                             .description = "Current controlled\ncapacitor"};
 
 CElemC::CElemC(const ElemType& elemType) : CCmp(elemType), Zs("1/s") {
   C.Value = 1.0;
@@ -191,8 +216,7 @@ bool CElemC::PostStep(CCalc& calc, bool apply, double /*t*/, bool& changed) {
     changed = pwl.FindSegment(v, apply);
     return true;
   }
-  const double control = IsType("C_VCC") ? calc.V(Pin(3)) - calc.V(Pin(2))
-                                               : calc.V(firstRow + 1);
+  const double control = IsType("C_VCC") ? calc.V(Pin(3)) - calc.V(Pin(2)) : calc.V(firstRow + 1);
   if (!apply) {
     changed = pwl.FindSegment(control, false);
     return true;

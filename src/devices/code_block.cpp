@@ -24,14 +24,18 @@ const ParamDef kFileParams[] = {
 // branch of the block, so it offers no V, I or P trace; its variables are
 // read by name instead.
 const ModelInfo kCodeModels[] = {
-    {"C", MODEL_CODE_C, kCodeParams, 0, 0, 0},
-    {"File", MODEL_CODE_FILE, kFileParams, 0, 0, 0, 0, 1},
+    {.name = "C", .id = MODEL_CODE_C, .params = kCodeParams},
+    {.name = "File", .id = MODEL_CODE_FILE, .params = kFileParams, .external = 1},
     {},
 };
 
 }  // namespace
 
-const ElemType kTypeX_C = {"X_C", 0, &MakeCmp<CElemCode>, kCodeModels, 0, "C-code block"};
+const ElemType kTypeX_C = {.tag = "X_C",
+                           .pinCount = 0,
+                           .factory = &MakeCmp<CElemCode>,
+                           .models = kCodeModels,
+                           .description = "C-code block"};
 
 std::string IcTextFromFile(const std::string& stored) {
   std::string text = stored;

@@ -1,8 +1,8 @@
 #include "devices/controlled_source.h"
 
-#include "xml/xml_node.h"
 #include "expr/numtext.h"
 #include "expr/value.h"
+#include "xml/xml_node.h"
 
 namespace tz4 {
 
@@ -31,29 +31,29 @@ const ParamDef kPwlParams[] = {
 // The oscillator, pulse and modulator tables name their levels after the
 // output ("V1", "I1") and their rate and range after the control ("dFdV",
 // "dFdI", "Vmax", "Imax"): one set of three per type.
-#define TZ4_SOURCE_TABLES(prefix, level1, level0, rate, max)          \
-  const ParamDef prefix##OscillatorParams[] = {                       \
-      {PK_VALUE, level1, &BindMember<&CElemVCVS::V1>},                \
-      {PK_VALUE, level0, &BindMember<&CElemVCVS::V0>},                \
-      {PK_VALUE, rate, &BindMember<&CElemVCVS::Rate>},                \
-      {PK_VALUE, "Phase", &BindMember<&CElemVCVS::Phase>},            \
-      {PK_ENUM, "Type", &BindMember<&CElemVCVS::Type>},               \
-      {},                                                             \
-  };                                                                  \
-  const ParamDef prefix##PulseParams[] = {                            \
-      {PK_VALUE, "Width", &BindMember<&CElemVCVS::Width>},            \
-      {PK_VALUE, "Threshold", &BindMember<&CElemVCVS::Threshold>},    \
-      {PK_VALUE, level1, &BindMember<&CElemVCVS::V1>},                \
-      {PK_VALUE, level0, &BindMember<&CElemVCVS::V0>},                \
-      {},                                                             \
-  };                                                                  \
-  const ParamDef prefix##PwmParams[] = {                              \
-      {PK_VALUE, level1, &BindMember<&CElemVCVS::V1>},                \
-      {PK_VALUE, level0, &BindMember<&CElemVCVS::V0>},                \
-      {PK_VALUE, "F", &BindMember<&CElemVCVS::Rate>},                 \
-      {PK_VALUE, "Phase", &BindMember<&CElemVCVS::Phase>},            \
-      {PK_VALUE, max, &BindMember<&CElemVCVS::Max>},                  \
-      {},                                                             \
+#define TZ4_SOURCE_TABLES(prefix, level1, level0, rate, max)       \
+  const ParamDef prefix##OscillatorParams[] = {                    \
+      {PK_VALUE, level1, &BindMember<&CElemVCVS::V1>},             \
+      {PK_VALUE, level0, &BindMember<&CElemVCVS::V0>},             \
+      {PK_VALUE, rate, &BindMember<&CElemVCVS::Rate>},             \
+      {PK_VALUE, "Phase", &BindMember<&CElemVCVS::Phase>},         \
+      {PK_ENUM, "Type", &BindMember<&CElemVCVS::Type>},            \
+      {},                                                          \
+  };                                                               \
+  const ParamDef prefix##PulseParams[] = {                         \
+      {PK_VALUE, "Width", &BindMember<&CElemVCVS::Width>},         \
+      {PK_VALUE, "Threshold", &BindMember<&CElemVCVS::Threshold>}, \
+      {PK_VALUE, level1, &BindMember<&CElemVCVS::V1>},             \
+      {PK_VALUE, level0, &BindMember<&CElemVCVS::V0>},             \
+      {},                                                          \
+  };                                                               \
+  const ParamDef prefix##PwmParams[] = {                           \
+      {PK_VALUE, level1, &BindMember<&CElemVCVS::V1>},             \
+      {PK_VALUE, level0, &BindMember<&CElemVCVS::V0>},             \
+      {PK_VALUE, "F", &BindMember<&CElemVCVS::Rate>},              \
+      {PK_VALUE, "Phase", &BindMember<&CElemVCVS::Phase>},         \
+      {PK_VALUE, max, &BindMember<&CElemVCVS::Max>},               \
+      {},                                                          \
   };
 
 TZ4_SOURCE_TABLES(kVcvs, "V1", "V0", "dFdV", "Vmax")
@@ -62,18 +62,17 @@ TZ4_SOURCE_TABLES(kVccs, "I1", "I0", "dFdV", "Vmax")
 TZ4_SOURCE_TABLES(kCccs, "I1", "I0", "dFdI", "Imax")
 #undef TZ4_SOURCE_TABLES
 
-// name, id, params, editHint, extraRows, traceMask, helpId, external.
 // A current-controlled type reads its control in a second row.
-#define TZ4_SOURCE_MODELS(prefix, oscillator, rows)                                        \
-  const ModelInfo prefix##Models[] = {                                                     \
-      {"Linear", MODEL_CS_LINEAR, kLinearParams, 0, rows, kTraceAll},                     \
-      {"Function", MODEL_CS_FUNCTION, kFunctionParams, 0, rows, kTraceAll},               \
-      {"PWL", MODEL_CS_PWL, kPwlParams, 0, rows, kTraceAll},                              \
-      {oscillator, MODEL_CS_OSCILLATOR, prefix##OscillatorParams, 0, rows, kTraceAll},    \
-      {"Pulse", MODEL_CS_PULSE, prefix##PulseParams, 0, rows, kTraceAll},                 \
-      {"PWM", MODEL_CS_PWM, prefix##PwmParams, 0, rows, kTraceAll},                       \
-      {"SubCir", MODEL_SUBCIR, nullptr, 0, 0, TRACE_V | TRACE_P, 0, 1},                   \
-      {},                                                                                  \
+#define TZ4_SOURCE_MODELS(prefix, oscillator, rows)                                    \
+  const ModelInfo prefix##Models[] = {                                                 \
+      {"Linear", MODEL_CS_LINEAR, kLinearParams, 0, rows, kTraceAll},                  \
+      {"Function", MODEL_CS_FUNCTION, kFunctionParams, 0, rows, kTraceAll},            \
+      {"PWL", MODEL_CS_PWL, kPwlParams, 0, rows, kTraceAll},                           \
+      {oscillator, MODEL_CS_OSCILLATOR, prefix##OscillatorParams, 0, rows, kTraceAll}, \
+      {"Pulse", MODEL_CS_PULSE, prefix##PulseParams, 0, rows, kTraceAll},              \
+      {"PWM", MODEL_CS_PWM, prefix##PwmParams, 0, rows, kTraceAll},                    \
+      {"SubCir", MODEL_SUBCIR, nullptr, 0, 0, TRACE_V | TRACE_P, 0, 1},                \
+      {},                                                                              \
   };
 
 TZ4_SOURCE_MODELS(kVcvs, "VCO", 1)
@@ -84,14 +83,26 @@ TZ4_SOURCE_MODELS(kCccs, "CCO", 2)
 
 }  // namespace
 
-const ElemType kTypeV_VCVS = {"V_VCVS", 4, &MakeCmp<CElemVCVS>, kVcvsModels, 0,
-                              "Voltage controlled\nvoltage source"};
-const ElemType kTypeV_CCVS = {"V_CCVS", 4, &MakeCmp<CElemVCVS>, kCcvsModels, 0,
-                              "Current controlled\nvoltage source"};
-const ElemType kTypeI_VCCS = {"I_VCCS", 4, &MakeCmp<CElemVCVS>, kVccsModels, 0,
-                              "Voltage controlled\ncurrent source"};
-const ElemType kTypeI_CCCS = {"I_CCCS", 4, &MakeCmp<CElemVCVS>, kCccsModels, 0,
-                              "Current controlled\ncurrent source"};
+const ElemType kTypeV_VCVS = {.tag = "V_VCVS",
+                              .pinCount = 4,
+                              .factory = &MakeCmp<CElemVCVS>,
+                              .models = kVcvsModels,
+                              .description = "Voltage controlled\nvoltage source"};
+const ElemType kTypeV_CCVS = {.tag = "V_CCVS",
+                              .pinCount = 4,
+                              .factory = &MakeCmp<CElemVCVS>,
+                              .models = kCcvsModels,
+                              .description = "Current controlled\nvoltage source"};
+const ElemType kTypeI_VCCS = {.tag = "I_VCCS",
+                              .pinCount = 4,
+                              .factory = &MakeCmp<CElemVCVS>,
+                              .models = kVccsModels,
+                              .description = "Voltage controlled\ncurrent source"};
+const ElemType kTypeI_CCCS = {.tag = "I_CCCS",
+                              .pinCount = 4,
+                              .factory = &MakeCmp<CElemVCVS>,
+                              .models = kCccsModels,
+                              .description = "Current controlled\ncurrent source"};
 
 CElemVCVS::CElemVCVS(const ElemType& elemType)
     : CCmp(elemType),

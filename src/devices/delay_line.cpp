@@ -44,22 +44,42 @@ const ParamDef kLossyParams[] = {
 // --- model tables: name, id, params, editHint, extraRows, traceMask ---
 
 const ModelInfo kDelayModels[] = {
-    {"Delay", MODEL_X_DELAY, kDelayParams, 0, 1, kOutputMask},
-    {"SubCir", MODEL_SUBCIR, nullptr, 0, 0, kSubCirMask, 0, 1},
+    {.name = "Delay",
+     .id = MODEL_X_DELAY,
+     .params = kDelayParams,
+     .extraRows = 1,
+     .traceMask = kOutputMask},
+    {.name = "SubCir", .id = MODEL_SUBCIR, .traceMask = kSubCirMask, .external = 1},
     {},
 };
 // A line's rows hold waves in a time step, so only its port voltage is a
 // meaningful trace.
 const ModelInfo kLineModels[] = {
-    {"Line", MODEL_X_LINE, kLineParams, 0, 2, TRACE_V},
-    {"Lossy", MODEL_X_LOSSY, kLossyParams, 0, 2, TRACE_V},
+    {.name = "Line",
+     .id = MODEL_X_LINE,
+     .params = kLineParams,
+     .extraRows = 2,
+     .traceMask = TRACE_V},
+    {.name = "Lossy",
+     .id = MODEL_X_LOSSY,
+     .params = kLossyParams,
+     .extraRows = 2,
+     .traceMask = TRACE_V},
     {},
 };
 
 }  // namespace
 
-const ElemType kTypeX_Delay = {"X_Delay", 2, &MakeCmp<CElemDelay>, kDelayModels, 0, "Delay"};
-const ElemType kTypeX_Line = {"X_Line", 4, &MakeCmp<CElemLine>, kLineModels, 0, "Transmission line"};
+const ElemType kTypeX_Delay = {.tag = "X_Delay",
+                               .pinCount = 2,
+                               .factory = &MakeCmp<CElemDelay>,
+                               .models = kDelayModels,
+                               .description = "Delay"};
+const ElemType kTypeX_Line = {.tag = "X_Line",
+                              .pinCount = 4,
+                              .factory = &MakeCmp<CElemLine>,
+                              .models = kLineModels,
+                              .description = "Transmission line"};
 
 // ---------------------------------------------------------------- CDelay
 

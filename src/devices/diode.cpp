@@ -4,9 +4,9 @@
 #include <cmath>
 #include <cstring>
 
-#include "xml/xml_node.h"
 #include "expr/numtext.h"
 #include "solver/calc.h"
+#include "xml/xml_node.h"
 
 namespace tz4 {
 
@@ -29,12 +29,9 @@ const ParamDef kStorageParams[] = {
     {},
 };
 const ParamDef kSoftParams[] = {
-    {PK_VALUE, "Vd", &BindMember<&CElemD::Vd>},
-    {PK_VALUE, "t", &BindMember<&CElemD::t>},
-    {PK_VALUE, "ts", &BindMember<&CElemD::ts>},
-    {PK_ON_OFF, "IC", &BindMember<&CElemD::IC>},
-    {PK_VALUE, "ICQ", &BindMember<&CElemD::ICQ>},
-    {},
+    {PK_VALUE, "Vd", &BindMember<&CElemD::Vd>},   {PK_VALUE, "t", &BindMember<&CElemD::t>},
+    {PK_VALUE, "ts", &BindMember<&CElemD::ts>},   {PK_ON_OFF, "IC", &BindMember<&CElemD::IC>},
+    {PK_VALUE, "ICQ", &BindMember<&CElemD::ICQ>}, {},
 };
 const ParamDef kPwlParams[] = {
     {PK_PWL, "pwl", &BindMember<&CCmp::pwl>},
@@ -71,48 +68,95 @@ const ParamDef kBridgeParams[] = {
     {},
 };
 
-// name, id, params, editHint, extraRows, traceMask, helpId, external.
 constexpr ModelInfo kSubCir = {"SubCir", MODEL_SUBCIR, nullptr, 0, 0, TRACE_V | TRACE_P, 0, 1};
 
 const ModelInfo kDiodeModels[] = {
-    {"Diode", MODEL_D_DIODE, kDiodeParams, 0, 1, kTraceAll},
-    {"Storage", MODEL_D_STORAGE, kStorageParams, 0, 2, kTraceAll},
-    {"Soft", MODEL_D_SOFT, kSoftParams, 0, 2, kTraceAll},
-    {"PWL", MODEL_TABLE, kPwlParams, 0, 1, kTraceAll},
+    {.name = "Diode",
+     .id = MODEL_D_DIODE,
+     .params = kDiodeParams,
+     .extraRows = 1,
+     .traceMask = kTraceAll},
+    {.name = "Storage",
+     .id = MODEL_D_STORAGE,
+     .params = kStorageParams,
+     .extraRows = 2,
+     .traceMask = kTraceAll},
+    {.name = "Soft",
+     .id = MODEL_D_SOFT,
+     .params = kSoftParams,
+     .extraRows = 2,
+     .traceMask = kTraceAll},
+    {.name = "PWL",
+     .id = MODEL_TABLE,
+     .params = kPwlParams,
+     .extraRows = 1,
+     .traceMask = kTraceAll},
     kSubCir,
     {},
 };
 const ModelInfo kZenerModels[] = {
-    {"Zener", MODEL_D_DIODE, kZenerParams, 0, 1, kTraceAll},
-    {"PWL", MODEL_TABLE, kPwlParams, 0, 1, kTraceAll},
+    {.name = "Zener",
+     .id = MODEL_D_DIODE,
+     .params = kZenerParams,
+     .extraRows = 1,
+     .traceMask = kTraceAll},
+    {.name = "PWL",
+     .id = MODEL_TABLE,
+     .params = kPwlParams,
+     .extraRows = 1,
+     .traceMask = kTraceAll},
     kSubCir,
     {},
 };
 const ModelInfo kSymmetricZenerModels[] = {
-    {"Zener", MODEL_D_DIODE, kSymmetricZenerParams, 0, 1, kTraceAll},
-    {"PWL", MODEL_TABLE, kPwlParams, 0, 1, kTraceAll},
+    {.name = "Zener",
+     .id = MODEL_D_DIODE,
+     .params = kSymmetricZenerParams,
+     .extraRows = 1,
+     .traceMask = kTraceAll},
+    {.name = "PWL",
+     .id = MODEL_TABLE,
+     .params = kPwlParams,
+     .extraRows = 1,
+     .traceMask = kTraceAll},
     kSubCir,
     {},
 };
 const ModelInfo kVctModels[] = {
-    {"Thyristor", MODEL_D_DIODE, kThyristorParams, 0, 1, kTraceAll},
+    {.name = "Thyristor",
+     .id = MODEL_D_DIODE,
+     .params = kThyristorParams,
+     .extraRows = 1,
+     .traceMask = kTraceAll},
     kSubCir,
     {},
 };
 // The current sense of the gate takes a second row.
 const ModelInfo kCctModels[] = {
-    {"Thyristor", MODEL_D_DIODE, kThyristorParams, 0, 2, kTraceAll},
+    {.name = "Thyristor",
+     .id = MODEL_D_DIODE,
+     .params = kThyristorParams,
+     .extraRows = 2,
+     .traceMask = kTraceAll},
     kSubCir,
     {},
 };
 const ModelInfo kLctModels[] = {
-    {"Thyristor", MODEL_D_DIODE, kLogicThyristorParams, 0, 1, kTraceAll},
+    {.name = "Thyristor",
+     .id = MODEL_D_DIODE,
+     .params = kLogicThyristorParams,
+     .extraRows = 1,
+     .traceMask = kTraceAll},
     kSubCir,
     {},
 };
 // One row for each of the four arms.
 const ModelInfo kBridgeModels[] = {
-    {"Diode", MODEL_D_DIODE, kBridgeParams, 0, 4, TRACE_P},
+    {.name = "Diode",
+     .id = MODEL_D_DIODE,
+     .params = kBridgeParams,
+     .extraRows = 4,
+     .traceMask = TRACE_P},
     {},
 };
 
@@ -271,17 +315,41 @@ void SaveState(CElemD& d) {
 
 }  // namespace
 
-const ElemType kTypeD_D = {"D_D", 2, &MakeCmp<CElemD>, kDiodeModels, 0, "Diode"};
-const ElemType kTypeD_Z = {"D_Z", 2, &MakeCmp<CElemD>, kZenerModels, 0, "Zener"};
-const ElemType kTypeD_ZS = {"D_ZS", 2, &MakeCmp<CElemD>, kSymmetricZenerModels, 0,
-                            "Bidirectional\nzener"};
-const ElemType kTypeD_BR = {"D_BR", 4, &MakeCmp<CElemD>, kBridgeModels, 0, "Bridge\nrectifier"};
-const ElemType kTypeD_LCT = {"D_LCT", 3, &MakeCmp<CElemD>, kLctModels, 0,
-                             "Logic controlled\nthyristor"};
-const ElemType kTypeD_VCT = {"D_VCT", 4, &MakeCmp<CElemD>, kVctModels, 0,
-                             "Voltage controlled\nthyristor"};
-const ElemType kTypeD_CCT = {"D_CCT", 4, &MakeCmp<CElemD>, kCctModels, 0,
-                             "Current controlled\nthyristor"};
+const ElemType kTypeD_D = {.tag = "D_D",
+                           .pinCount = 2,
+                           .factory = &MakeCmp<CElemD>,
+                           .models = kDiodeModels,
+                           .description = "Diode"};
+const ElemType kTypeD_Z = {.tag = "D_Z",
+                           .pinCount = 2,
+                           .factory = &MakeCmp<CElemD>,
+                           .models = kZenerModels,
+                           .description = "Zener"};
+const ElemType kTypeD_ZS = {.tag = "D_ZS",
+                            .pinCount = 2,
+                            .factory = &MakeCmp<CElemD>,
+                            .models = kSymmetricZenerModels,
+                            .description = "Bidirectional\nzener"};
+const ElemType kTypeD_BR = {.tag = "D_BR",
+                            .pinCount = 4,
+                            .factory = &MakeCmp<CElemD>,
+                            .models = kBridgeModels,
+                            .description = "Bridge\nrectifier"};
+const ElemType kTypeD_LCT = {.tag = "D_LCT",
+                             .pinCount = 3,
+                             .factory = &MakeCmp<CElemD>,
+                             .models = kLctModels,
+                             .description = "Logic controlled\nthyristor"};
+const ElemType kTypeD_VCT = {.tag = "D_VCT",
+                             .pinCount = 4,
+                             .factory = &MakeCmp<CElemD>,
+                             .models = kVctModels,
+                             .description = "Voltage controlled\nthyristor"};
+const ElemType kTypeD_CCT = {.tag = "D_CCT",
+                             .pinCount = 4,
+                             .factory = &MakeCmp<CElemD>,
+                             .models = kCctModels,
+                             .description = "Current controlled\nthyristor"};
 
 CElemD::CElemD(const ElemType& elemType) : CCmp(elemType) {
   V.Value = 8.0;
@@ -348,8 +416,7 @@ bool CElemD::CheckParams() {
     ok = false;
   };
   const bool clamp = model == MODEL_D_DIODE || model == MODEL_D_STORAGE;
-  if (clamp && (IsType("D_D") || IsType("D_Z") || IsThyristor(*this) ||
-                IsType("D_BR"))) {
+  if (clamp && (IsType("D_D") || IsType("D_Z") || IsThyristor(*this) || IsType("D_BR"))) {
     if (Vd.Invalid)
       fault("Vd : formula error");
     else if (Vd.Value < 0)
@@ -506,8 +573,7 @@ bool CElemD::CheckSwitching(CCalc& calc, bool apply) {
     state = pwl.Segment;
     return result;
   }
-  if (model == MODEL_D_STORAGE)
-    return calc.CheckClamp(apply, state, a, b, r, vd, 0.0, phase != 0);
+  if (model == MODEL_D_STORAGE) return calc.CheckClamp(apply, state, a, b, r, vd, 0.0, phase != 0);
   if (model == MODEL_D_SOFT) {
     if (state != 0 && t.Value > 0.0) return false;
     phase = 0;
@@ -534,8 +600,7 @@ bool CElemD::CheckSwitching(CCalc& calc, bool apply) {
   }
   if (IsType("D_D")) return calc.CheckClamp(apply, state, a, b, r, vd, 0.0, false);
   if (IsType("D_Z")) return calc.CheckClamp(apply, state, a, b, r, vd, -V.Value, true);
-  if (IsType("D_ZS"))
-    return calc.CheckClamp(apply, state, a, b, r, V.Value, -V.Value, true);
+  if (IsType("D_ZS")) return calc.CheckClamp(apply, state, a, b, r, V.Value, -V.Value, true);
   if (IsType("D_BR")) {
     BridgeArm arms[4];
     BridgeArms(*this, arms);

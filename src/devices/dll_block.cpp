@@ -21,13 +21,17 @@ const ParamDef kDllParams[] = {
 // The rows are one per output (GetExtraRows); the block offers no V, I or P
 // trace of its own.
 const ModelInfo kDllModels[] = {
-    {"DLL", MODEL_CODE_DLL, kDllParams, 0, 0, 0, 0, 1},
+    {.name = "DLL", .id = MODEL_CODE_DLL, .params = kDllParams, .external = 1},
     {},
 };
 
 }  // namespace
 
-const ElemType kTypeX_DLL = {"X_DLL", 0, &MakeCmp<CElemDll>, kDllModels, 0, "DLL block"};
+const ElemType kTypeX_DLL = {.tag = "X_DLL",
+                             .pinCount = 0,
+                             .factory = &MakeCmp<CElemDll>,
+                             .models = kDllModels,
+                             .description = "DLL block"};
 
 CElemDll::CElemDll(const ElemType& elemType) : CCmp(elemType) {}
 

@@ -25,39 +25,51 @@ const ParamDef kFunctionParams[] = {
     {},
 };
 const ParamDef kCoupledParams[] = {
-    {PK_VALUE, "L1", &BindMember<&CElemL::L>},
-    {PK_VALUE, "L2", &BindMember<&CElemL::L2>},
-    {PK_VALUE, "K", &BindMember<&CElemL::K>},
-    {PK_IC, "IC1", &BindMember<&CElemL::ICText>},
-    {PK_IC, "IC2", &BindMember<&CElemL::IC2Text>},
-    {},
+    {PK_VALUE, "L1", &BindMember<&CElemL::L>},     {PK_VALUE, "L2", &BindMember<&CElemL::L2>},
+    {PK_VALUE, "K", &BindMember<&CElemL::K>},      {PK_IC, "IC1", &BindMember<&CElemL::ICText>},
+    {PK_IC, "IC2", &BindMember<&CElemL::IC2Text>}, {},
 };
 
-// name, id, params, editHint, extraRows, traceMask, helpId, external.
 const ModelInfo kInductorModels[] = {
-    {"L", MODEL_L_L, kLParams, 0, 1, kTraceAll},
-    {"PWL", MODEL_TABLE, kPwlParams, 0, 1, kTraceAll},
-    {"Function", MODEL_L_FUNCTION, kFunctionParams, 0, 1, kTraceAll},
-    {"SubCir", MODEL_SUBCIR, nullptr, 0, 0, TRACE_V | TRACE_P, 0, 1},
+    {.name = "L", .id = MODEL_L_L, .params = kLParams, .extraRows = 1, .traceMask = kTraceAll},
+    {.name = "PWL",
+     .id = MODEL_TABLE,
+     .params = kPwlParams,
+     .extraRows = 1,
+     .traceMask = kTraceAll},
+    {.name = "Function",
+     .id = MODEL_L_FUNCTION,
+     .params = kFunctionParams,
+     .extraRows = 1,
+     .traceMask = kTraceAll},
+    {.name = "SubCir", .id = MODEL_SUBCIR, .traceMask = TRACE_V | TRACE_P, .external = 1},
     {},
 };
 const ModelInfo kCoupledModels[] = {
-    {"L", MODEL_L_L, kCoupledParams, 0, 2, 0},
+    {.name = "L", .id = MODEL_L_L, .params = kCoupledParams, .extraRows = 2},
     {},
 };
 // The table of a custom set is built per instance (CElemL::SetWindingCount).
 const ModelInfo kCustomModels[] = {
-    {"L", MODEL_L_L, nullptr, 0, 0, 0},
-    {"SubCir", MODEL_SUBCIR, nullptr, 0, 0, 0, 0, 1},
+    {.name = "L", .id = MODEL_L_L},
+    {.name = "SubCir", .id = MODEL_SUBCIR, .external = 1},
     {},
 };
 const ModelInfo kVclModels[] = {
-    {"PWL", MODEL_TABLE, kPwlParams, 0, 1, kTraceAll},
+    {.name = "PWL",
+     .id = MODEL_TABLE,
+     .params = kPwlParams,
+     .extraRows = 1,
+     .traceMask = kTraceAll},
     {},
 };
 // The current sense of the control takes a second row.
 const ModelInfo kCclModels[] = {
-    {"PWL", MODEL_TABLE, kPwlParams, 0, 2, kTraceAll},
+    {.name = "PWL",
+     .id = MODEL_TABLE,
+     .params = kPwlParams,
+     .extraRows = 2,
+     .traceMask = kTraceAll},
     {},
 };
 
@@ -65,14 +77,31 @@ std::string ICOrEmpty(const std::string& text) { return text.empty() ? std::stri
 
 }  // namespace
 
-const ElemType kTypeL_L = {"L_L", 2, &MakeCmp<CElemL>, kInductorModels, 0, "Inductor"};
-const ElemType kTypeL_VCL = {"L_VCL", 4, &MakeCmp<CElemL>, kVclModels, 0,
-                             "Voltage controlled\ninductor"};
-const ElemType kTypeL_CCL = {"L_CCL", 4, &MakeCmp<CElemL>, kCclModels, 0,
-                             "Current controlled\ninductor"};
-const ElemType kTypeL_CL = {"L_CL", 4, &MakeCmp<CElemL>, kCoupledModels, 0, "Coupled inductors"};
-const ElemType kTypeL_CUSTOM = {"L_CUSTOM", 0, &MakeCmp<CElemL>, kCustomModels, 0,
-                                "Custom coupled\ninductors"};
+const ElemType kTypeL_L = {.tag = "L_L",
+                           .pinCount = 2,
+                           .factory = &MakeCmp<CElemL>,
+                           .models = kInductorModels,
+                           .description = "Inductor"};
+const ElemType kTypeL_VCL = {.tag = "L_VCL",
+                             .pinCount = 4,
+                             .factory = &MakeCmp<CElemL>,
+                             .models = kVclModels,
+                             .description = "Voltage controlled\ninductor"};
+const ElemType kTypeL_CCL = {.tag = "L_CCL",
+                             .pinCount = 4,
+                             .factory = &MakeCmp<CElemL>,
+                             .models = kCclModels,
+                             .description = "Current controlled\ninductor"};
+const ElemType kTypeL_CL = {.tag = "L_CL",
+                            .pinCount = 4,
+                            .factory = &MakeCmp<CElemL>,
+                            .models = kCoupledModels,
+                            .description = "Coupled inductors"};
+const ElemType kTypeL_CUSTOM = {.tag = "L_CUSTOM",
+                                .pinCount = 0,
+                                .factory = &MakeCmp<CElemL>,
+                                .models = kCustomModels,
+                                .description = "Custom coupled\ninductors"};
 
 CElemL::CElemL(const ElemType& elemType) : CCmp(elemType), Zs("s") {
   const bool controlled = IsType("L_VCL") || IsType("L_CCL");
@@ -100,7 +129,8 @@ void CElemL::SetWindingCount(int count) {
     CFormula formula;
     formula.Value = value;
     for (const CustomParam& old : oldParams)
-      if (old.Kind == PK_VALUE && old.Name == itemName) formula = oldValues[static_cast<size_t>(old.Index)];
+      if (old.Kind == PK_VALUE && old.Name == itemName)
+        formula = oldValues[static_cast<size_t>(old.Index)];
     customParams.push_back({PK_VALUE, itemName, static_cast<int>(customValues.size())});
     customValues.push_back(formula);
   };
@@ -153,9 +183,11 @@ bool CElemL::Serialize(CXmlNode& archive, bool customFlag) {
     archive.ArchiveEncodedString("ic2", IC2Text);
   } else if (custom) {
     for (const CustomParam& item : customParams)
-      if (item.Kind == PK_VALUE) archive.ArchiveValue(item.Name, customValues[static_cast<size_t>(item.Index)]);
+      if (item.Kind == PK_VALUE)
+        archive.ArchiveValue(item.Name, customValues[static_cast<size_t>(item.Index)]);
     for (const CustomParam& item : customParams)
-      if (item.Kind == PK_IC) archive.ArchiveEncodedString(item.Name, customIC[static_cast<size_t>(item.Index)]);
+      if (item.Kind == PK_IC)
+        archive.ArchiveEncodedString(item.Name, customIC[static_cast<size_t>(item.Index)]);
   }
   return true;
 }
@@ -171,7 +203,8 @@ std::string& CElemL::GetICText(std::string& out) {
     for (const CustomParam& item : customParams) {
       if (item.Kind != PK_IC) continue;
       if (!out.empty()) out += ";";
-      out += fullName + "." + item.Name + "=" + ICOrEmpty(customIC[static_cast<size_t>(item.Index)]);
+      out +=
+          fullName + "." + item.Name + "=" + ICOrEmpty(customIC[static_cast<size_t>(item.Index)]);
     }
   } else {
     out = fullName + ".IC=" + ICOrEmpty(ICText);

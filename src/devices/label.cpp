@@ -1,7 +1,7 @@
 #include "devices/label.h"
 
-#include "xml/xml_node.h"
 #include "expr/numtext.h"
+#include "xml/xml_node.h"
 
 namespace tz4 {
 
@@ -32,21 +32,54 @@ const ParamDef kVariableParams[] = {
 
 // The "V" row stands at CLabel::kInputModelIndex.
 const ModelInfo kLabelModels[] = {
-    {"Label", MODEL_LABEL, kPlainParams, 0, 0, kPlainMask},
-    {"V", MODEL_LABEL_V, kVoltageParams, 0, 1, kSourceMask},
-    {"Pulse", SIGNAL_PULSE, LabelSignal::Pulse, 0, 1, kSourceMask},
-    {"Step", SIGNAL_STEP, LabelSignal::Step, 0, 1, kSourceMask},
-    {"Sin", SIGNAL_SIN, LabelSignal::Sin, 0, 1, kSourceMask},
-    {"PWL", SIGNAL_PWL, LabelSignal::Pwl, 0, 1, kSourceMask},
-    {"Function", SIGNAL_FUNCTION, LabelSignal::Function, 0, 1, kSourceMask},
-    {"File", SIGNAL_FILE, LabelSignal::File, 0, 1, kSourceMask, 0, 1},
-    {"Trace", SIGNAL_TRACE, LabelSignal::Trace, 0, 1, kSourceMask},
-    {"SubCir", MODEL_SUBCIR, nullptr, 0, 0, kSubCirMask, 0, 1},
+    {.name = "Label", .id = MODEL_LABEL, .params = kPlainParams, .traceMask = kPlainMask},
+    {.name = "V",
+     .id = MODEL_LABEL_V,
+     .params = kVoltageParams,
+     .extraRows = 1,
+     .traceMask = kSourceMask},
+    {.name = "Pulse",
+     .id = SIGNAL_PULSE,
+     .params = LabelSignal::Pulse,
+     .extraRows = 1,
+     .traceMask = kSourceMask},
+    {.name = "Step",
+     .id = SIGNAL_STEP,
+     .params = LabelSignal::Step,
+     .extraRows = 1,
+     .traceMask = kSourceMask},
+    {.name = "Sin",
+     .id = SIGNAL_SIN,
+     .params = LabelSignal::Sin,
+     .extraRows = 1,
+     .traceMask = kSourceMask},
+    {.name = "PWL",
+     .id = SIGNAL_PWL,
+     .params = LabelSignal::Pwl,
+     .extraRows = 1,
+     .traceMask = kSourceMask},
+    {.name = "Function",
+     .id = SIGNAL_FUNCTION,
+     .params = LabelSignal::Function,
+     .extraRows = 1,
+     .traceMask = kSourceMask},
+    {.name = "File",
+     .id = SIGNAL_FILE,
+     .params = LabelSignal::File,
+     .extraRows = 1,
+     .traceMask = kSourceMask,
+     .external = 1},
+    {.name = "Trace",
+     .id = SIGNAL_TRACE,
+     .params = LabelSignal::Trace,
+     .extraRows = 1,
+     .traceMask = kSourceMask},
+    {.name = "SubCir", .id = MODEL_SUBCIR, .traceMask = kSubCirMask, .external = 1},
     {},
 };
 // One nameless row, so that an element without "model" loads.
 const ModelInfo kVariableModels[] = {
-    {"", MODEL_VARIABLE, kVariableParams, 0, 0, 0},
+    {.name = "", .id = MODEL_VARIABLE, .params = kVariableParams},
     {},
 };
 
@@ -67,8 +100,16 @@ bool IsSignalModel(int32_t id) {
 
 }  // namespace
 
-const ElemType kTypeLabel = {"label", 1, &MakeCmp<CLabel>, kLabelModels, 0, "Label"};
-const ElemType kTypeVariable = {"var", 0, &MakeCmp<CVariable>, kVariableModels, 0, "Variable"};
+const ElemType kTypeLabel = {.tag = "label",
+                             .pinCount = 1,
+                             .factory = &MakeCmp<CLabel>,
+                             .models = kLabelModels,
+                             .description = "Label"};
+const ElemType kTypeVariable = {.tag = "var",
+                                .pinCount = 0,
+                                .factory = &MakeCmp<CVariable>,
+                                .models = kVariableModels,
+                                .description = "Variable"};
 
 std::unique_ptr<CCmp> CreateLabel() { return std::make_unique<CLabel>(kTypeLabel); }
 std::unique_ptr<CCmp> CreateVariable() { return std::make_unique<CVariable>(kTypeVariable); }
@@ -140,7 +181,8 @@ bool CVariable::CheckParams() {
 }
 
 // A variable has no nodes: it gives its value.
-bool CVariable::GetTraceInfo(int /*kind*/, int& /*nodeA*/, int& /*nodeB*/, int& /*row*/, double& value) {
+bool CVariable::GetTraceInfo(int /*kind*/, int& /*nodeA*/, int& /*nodeB*/, int& /*row*/,
+                             double& value) {
   value = Value.Value;
   return true;
 }

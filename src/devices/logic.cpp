@@ -68,21 +68,27 @@ const ParamDef kSchmittDelay2Params[] = {
 // name, id, params, editHint, extraRows, traceMask. A logic output has a
 // voltage trace only: there is no branch row to carry a current.
 const ModelInfo kGateModels[] = {
-    {"Logic", MODEL_LOG_LOGIC, kGateLogicParams, 0, 0, TRACE_V},
-    {"Delay", MODEL_LOG_DELAY, kGateDelayParams, 0, 0, TRACE_V},
-    {"Delay2", MODEL_LOG_DELAY2, kGateDelay2Params, 0, 0, TRACE_V},
+    {.name = "Logic", .id = MODEL_LOG_LOGIC, .params = kGateLogicParams, .traceMask = TRACE_V},
+    {.name = "Delay", .id = MODEL_LOG_DELAY, .params = kGateDelayParams, .traceMask = TRACE_V},
+    {.name = "Delay2", .id = MODEL_LOG_DELAY2, .params = kGateDelay2Params, .traceMask = TRACE_V},
     {},
 };
 const ModelInfo kTriggerModels[] = {
-    {"Logic", MODEL_LOG_LOGIC, kTriggerLogicParams, 0, 0, TRACE_V},
-    {"Delay", MODEL_LOG_DELAY, kTriggerDelayParams, 0, 0, TRACE_V},
-    {"Delay2", MODEL_LOG_DELAY2, kTriggerDelay2Params, 0, 0, TRACE_V},
+    {.name = "Logic", .id = MODEL_LOG_LOGIC, .params = kTriggerLogicParams, .traceMask = TRACE_V},
+    {.name = "Delay", .id = MODEL_LOG_DELAY, .params = kTriggerDelayParams, .traceMask = TRACE_V},
+    {.name = "Delay2",
+     .id = MODEL_LOG_DELAY2,
+     .params = kTriggerDelay2Params,
+     .traceMask = TRACE_V},
     {},
 };
 const ModelInfo kSchmittModels[] = {
-    {"Logic", MODEL_LOG_LOGIC, kSchmittLogicParams, 0, 0, TRACE_V},
-    {"Delay", MODEL_LOG_DELAY, kSchmittDelayParams, 0, 0, TRACE_V},
-    {"Delay2", MODEL_LOG_DELAY2, kSchmittDelay2Params, 0, 0, TRACE_V},
+    {.name = "Logic", .id = MODEL_LOG_LOGIC, .params = kSchmittLogicParams, .traceMask = TRACE_V},
+    {.name = "Delay", .id = MODEL_LOG_DELAY, .params = kSchmittDelayParams, .traceMask = TRACE_V},
+    {.name = "Delay2",
+     .id = MODEL_LOG_DELAY2,
+     .params = kSchmittDelay2Params,
+     .traceMask = TRACE_V},
     {},
 };
 
@@ -90,16 +96,46 @@ bool IsTrigger(const CCmp& cmp) { return cmp.IsType("Y_RS") || cmp.IsType("Y_JK"
 
 }  // namespace
 
-const ElemType kTypeY_1 = {"Y_1", 2, &MakeCmp<CElemLog>, kGateModels, 0, "Logic-1"};
-const ElemType kTypeY_2 = {"Y_2", 3, &MakeCmp<CElemLog>, kGateModels, 0, "Logic-2"};
-const ElemType kTypeY_3 = {"Y_3", 4, &MakeCmp<CElemLog>, kGateModels, 0, "Logic-3"};
-const ElemType kTypeY_CUSTOM = {"Y_CUSTOM", 0, &MakeCmp<CElemLog>, kGateModels, 0,
-                                "Custom logic"};
-const ElemType kTypeY_FF = {"Y_FF", 4, &MakeCmp<CElemLog>, kGateModels, 0, "D flip-flop"};
-const ElemType kTypeY_RS = {"Y_RS", 6, &MakeCmp<CElemLog>, kTriggerModels, 0, "SR trigger"};
-const ElemType kTypeY_JK = {"Y_JK", 7, &MakeCmp<CElemLog>, kTriggerModels, 0, "JK trigger"};
-const ElemType kTypeY_ST = {"Y_ST", 2, &MakeCmp<CElemLog>, kSchmittModels, 0,
-                            "Schmitt trigger"};
+const ElemType kTypeY_1 = {.tag = "Y_1",
+                           .pinCount = 2,
+                           .factory = &MakeCmp<CElemLog>,
+                           .models = kGateModels,
+                           .description = "Logic-1"};
+const ElemType kTypeY_2 = {.tag = "Y_2",
+                           .pinCount = 3,
+                           .factory = &MakeCmp<CElemLog>,
+                           .models = kGateModels,
+                           .description = "Logic-2"};
+const ElemType kTypeY_3 = {.tag = "Y_3",
+                           .pinCount = 4,
+                           .factory = &MakeCmp<CElemLog>,
+                           .models = kGateModels,
+                           .description = "Logic-3"};
+const ElemType kTypeY_CUSTOM = {.tag = "Y_CUSTOM",
+                                .pinCount = 0,
+                                .factory = &MakeCmp<CElemLog>,
+                                .models = kGateModels,
+                                .description = "Custom logic"};
+const ElemType kTypeY_FF = {.tag = "Y_FF",
+                            .pinCount = 4,
+                            .factory = &MakeCmp<CElemLog>,
+                            .models = kGateModels,
+                            .description = "D flip-flop"};
+const ElemType kTypeY_RS = {.tag = "Y_RS",
+                            .pinCount = 6,
+                            .factory = &MakeCmp<CElemLog>,
+                            .models = kTriggerModels,
+                            .description = "SR trigger"};
+const ElemType kTypeY_JK = {.tag = "Y_JK",
+                            .pinCount = 7,
+                            .factory = &MakeCmp<CElemLog>,
+                            .models = kTriggerModels,
+                            .description = "JK trigger"};
+const ElemType kTypeY_ST = {.tag = "Y_ST",
+                            .pinCount = 2,
+                            .factory = &MakeCmp<CElemLog>,
+                            .models = kSchmittModels,
+                            .description = "Schmitt trigger"};
 
 CElemLog::CElemLog(const ElemType& elemType)
     : CCmp(elemType), Delay(0.0), Down(0.0), Hysteresis(0.1), Dominance{0, kDominanceNames} {}

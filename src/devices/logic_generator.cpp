@@ -1,7 +1,7 @@
 #include "devices/logic_generator.h"
 
-#include "xml/xml_node.h"
 #include "expr/numtext.h"
+#include "xml/xml_node.h"
 
 namespace tz4 {
 
@@ -44,17 +44,21 @@ const ParamDef kFileParams[] = {
 // name, id, params, editHint, extraRows, traceMask: a voltage trace of the
 // output, no row.
 const ModelInfo kModels[] = {
-    {"V", MODEL_LG_V, kLevelParams, 0, 0, TRACE_V},
-    {"Pulse", MODEL_LG_PULSE, kPulseParams, 0, 0, TRACE_V},
-    {"Step", MODEL_LG_STEP, kStepParams, 0, 0, TRACE_V},
-    {"List", MODEL_LG_LIST, kListParams, 0, 0, TRACE_V},
-    {"File", MODEL_LG_FILE, kFileParams, 0, 0, TRACE_V},
+    {.name = "V", .id = MODEL_LG_V, .params = kLevelParams, .traceMask = TRACE_V},
+    {.name = "Pulse", .id = MODEL_LG_PULSE, .params = kPulseParams, .traceMask = TRACE_V},
+    {.name = "Step", .id = MODEL_LG_STEP, .params = kStepParams, .traceMask = TRACE_V},
+    {.name = "List", .id = MODEL_LG_LIST, .params = kListParams, .traceMask = TRACE_V},
+    {.name = "File", .id = MODEL_LG_FILE, .params = kFileParams, .traceMask = TRACE_V},
     {},
 };
 
 }  // namespace
 
-const ElemType kTypeY_LG = {"Y_LG", 1, &MakeCmp<CElemLG>, kModels, 0, "Logic generator"};
+const ElemType kTypeY_LG = {.tag = "Y_LG",
+                            .pinCount = 1,
+                            .factory = &MakeCmp<CElemLG>,
+                            .models = kModels,
+                            .description = "Logic generator"};
 
 bool IsTimedSignalModel(int32_t modelId) {
   return modelId == MODEL_LG_PULSE || modelId == MODEL_LG_STEP || modelId == MODEL_LG_FILE ||

@@ -2,8 +2,8 @@
 
 #include <cstring>
 
-#include "xml/xml_node.h"
 #include "expr/numtext.h"
+#include "xml/xml_node.h"
 
 namespace tz4 {
 
@@ -28,53 +28,117 @@ const ParamDef kSampleHoldParams[] = {
 // --- model tables: name, id, params, editHint, extraRows, traceMask ---
 
 const ModelInfo kAmperemeterModels[] = {
-    {"Amperemeter", MODEL_A_AMPEREMETER, nullptr, 0, 1, TRACE_V | TRACE_I | kMeterBit},
+    {.name = "Amperemeter",
+     .id = MODEL_A_AMPEREMETER,
+     .extraRows = 1,
+     .traceMask = TRACE_V | TRACE_I | kMeterBit},
     {},
 };
 const ModelInfo kVoltmeterModels[] = {
-    {"Voltmeter", MODEL_A_VOLTMETER, nullptr, 0, 0, TRACE_V | kMeterBit},
+    {.name = "Voltmeter", .id = MODEL_A_VOLTMETER, .traceMask = TRACE_V | kMeterBit},
     {},
 };
 const ModelInfo kWattmeterModels[] = {
-    {"Wattmeter", MODEL_A_WATTMETER, nullptr, 0, 1, TRACE_V | TRACE_I | TRACE_P | kMeterBit},
+    {.name = "Wattmeter",
+     .id = MODEL_A_WATTMETER,
+     .extraRows = 1,
+     .traceMask = TRACE_V | TRACE_I | TRACE_P | kMeterBit},
     {},
 };
 const ModelInfo kCouplerModels[] = {
-    {"Coupler", MODEL_X_COUPLER, kCouplerParams, 0, 3, TRACE_V | TRACE_I | TRACE_P},
+    {.name = "Coupler",
+     .id = MODEL_X_COUPLER,
+     .params = kCouplerParams,
+     .extraRows = 3,
+     .traceMask = TRACE_V | TRACE_I | TRACE_P},
     {},
 };
 const ModelInfo kSampleHoldModels[] = {
-    {"SH", MODEL_X_SH, kSampleHoldParams, 0, 1, kOutputMask},
-    {"SubCir", MODEL_SUBCIR, nullptr, 0, 0, kSubCirMask, 0, 1},
+    {.name = "SH",
+     .id = MODEL_X_SH,
+     .params = kSampleHoldParams,
+     .extraRows = 1,
+     .traceMask = kOutputMask},
+    {.name = "SubCir", .id = MODEL_SUBCIR, .traceMask = kSubCirMask, .external = 1},
     {},
 };
 // A block shows no trace itself; its power is that of its contents.
 const ModelInfo kBlockModels[] = {
-    {"SubCir", MODEL_SUBCIR, nullptr, 0, 0, TRACE_P, 0, 1},
+    {.name = "SubCir", .id = MODEL_SUBCIR, .traceMask = TRACE_P, .external = 1},
     {},
 };
 
 }  // namespace
 
-const ElemType kTypeA_A = {"A_A", 2, &MakeCmp<CElemA>, kAmperemeterModels, 0, "Amperemeter"};
-const ElemType kTypeV_VM = {"V_VM", 2, &MakeCmp<CElemA>, kVoltmeterModels, 0, "Voltmeter"};
-const ElemType kTypeW_WM = {"W_WM", 3, &MakeCmp<CElemA>, kWattmeterModels, 0, "Wattmeter"};
-const ElemType kTypeX_DC = {"X_DC", 4, &MakeCmp<CElemDC>, kCouplerModels, 0, "Directional coupler"};
-const ElemType kTypeX_SH = {"X_SH", 3, &MakeCmp<CElemSH>, kSampleHoldModels, 0, "Sample/hold"};
-const ElemType kTypeX_B2 = {"X_B2", 2, &MakeCmp<CElemX>, kBlockModels, 0, "Block-2"};
-const ElemType kTypeX_B3 = {"X_B3", 3, &MakeCmp<CElemX>, kBlockModels, 0, "Block-3"};
-const ElemType kTypeX_B4 = {"X_B4", 4, &MakeCmp<CElemX>, kBlockModels, 0, "Block-4"};
-const ElemType kTypeX_B6 = {"X_B6", 6, &MakeCmp<CElemX>, kBlockModels, 0, "Block-6"};
-const ElemType kTypeX_B8 = {"X_B8", 8, &MakeCmp<CElemX>, kBlockModels, 0, "Block-8"};
-const ElemType kTypeX_CUSTOM = {"X_CUSTOM", 0, &MakeCmp<CElemX>, kBlockModels, 0, "Custom block"};
-const ElemType kTypeX_TZ4 = {"X_TZ4", 0, &MakeCmp<CElemX>, kBlockModels, 0, "TZ4 circuit"};
+const ElemType kTypeA_A = {.tag = "A_A",
+                           .pinCount = 2,
+                           .factory = &MakeCmp<CElemA>,
+                           .models = kAmperemeterModels,
+                           .description = "Amperemeter"};
+const ElemType kTypeV_VM = {.tag = "V_VM",
+                            .pinCount = 2,
+                            .factory = &MakeCmp<CElemA>,
+                            .models = kVoltmeterModels,
+                            .description = "Voltmeter"};
+const ElemType kTypeW_WM = {.tag = "W_WM",
+                            .pinCount = 3,
+                            .factory = &MakeCmp<CElemA>,
+                            .models = kWattmeterModels,
+                            .description = "Wattmeter"};
+const ElemType kTypeX_DC = {.tag = "X_DC",
+                            .pinCount = 4,
+                            .factory = &MakeCmp<CElemDC>,
+                            .models = kCouplerModels,
+                            .description = "Directional coupler"};
+const ElemType kTypeX_SH = {.tag = "X_SH",
+                            .pinCount = 3,
+                            .factory = &MakeCmp<CElemSH>,
+                            .models = kSampleHoldModels,
+                            .description = "Sample/hold"};
+const ElemType kTypeX_B2 = {.tag = "X_B2",
+                            .pinCount = 2,
+                            .factory = &MakeCmp<CElemX>,
+                            .models = kBlockModels,
+                            .description = "Block-2"};
+const ElemType kTypeX_B3 = {.tag = "X_B3",
+                            .pinCount = 3,
+                            .factory = &MakeCmp<CElemX>,
+                            .models = kBlockModels,
+                            .description = "Block-3"};
+const ElemType kTypeX_B4 = {.tag = "X_B4",
+                            .pinCount = 4,
+                            .factory = &MakeCmp<CElemX>,
+                            .models = kBlockModels,
+                            .description = "Block-4"};
+const ElemType kTypeX_B6 = {.tag = "X_B6",
+                            .pinCount = 6,
+                            .factory = &MakeCmp<CElemX>,
+                            .models = kBlockModels,
+                            .description = "Block-6"};
+const ElemType kTypeX_B8 = {.tag = "X_B8",
+                            .pinCount = 8,
+                            .factory = &MakeCmp<CElemX>,
+                            .models = kBlockModels,
+                            .description = "Block-8"};
+const ElemType kTypeX_CUSTOM = {.tag = "X_CUSTOM",
+                                .pinCount = 0,
+                                .factory = &MakeCmp<CElemX>,
+                                .models = kBlockModels,
+                                .description = "Custom block"};
+const ElemType kTypeX_TZ4 = {.tag = "X_TZ4",
+                             .pinCount = 0,
+                             .factory = &MakeCmp<CElemX>,
+                             .models = kBlockModels,
+                             .description = "TZ4 circuit"};
 
 // ---------------------------------------------------------------- CElemA
 
 CElemA::CElemA(const ElemType& elemType) : CCmp(elemType) {}
 
 // A meter has only the attributes of the base.
-bool CElemA::Serialize(CXmlNode& archive, bool customFlag) { return SerializeBase(archive, customFlag); }
+bool CElemA::Serialize(CXmlNode& archive, bool customFlag) {
+  return SerializeBase(archive, customFlag);
+}
 
 bool CElemA::CheckParams() {
   // The voltmeter has no effect on the circuit: a trace reads the node
@@ -167,7 +231,9 @@ CElemX::CElemX(const ElemType& elemType) : CCmp(elemType) {}
 
 // A block has only the attributes of the base; what it holds is in the
 // "SubCir" part that the base archives.
-bool CElemX::Serialize(CXmlNode& archive, bool customFlag) { return SerializeBase(archive, customFlag); }
+bool CElemX::Serialize(CXmlNode& archive, bool customFlag) {
+  return SerializeBase(archive, customFlag);
+}
 
 void CElemX::LoadCustom() {
   const bool circuit = IsType("X_TZ4");

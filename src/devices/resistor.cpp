@@ -3,8 +3,8 @@
 #include <cmath>
 #include <cstring>
 
-#include "xml/xml_node.h"
 #include "solver/calc.h"
+#include "xml/xml_node.h"
 
 namespace tz4 {
 
@@ -34,26 +34,48 @@ const ParamDef kPotentiometerParams[] = {
     {},
 };
 
-// name, id, params, editHint, extraRows, traceMask, helpId, external.
 const ModelInfo kResistorModels[] = {
-    {"R", MODEL_R_R, kRParams, 0, 1, kTraceAll},
-    {"PWL", MODEL_TABLE, kPwlParams, 0, 1, kTraceAll},
-    {"PWL-I", MODEL_R_PWL_I, kPwlIParams, 0, 1, kTraceAll},
-    {"Function", MODEL_R_FUNCTION, kFunctionParams, 0, 1, kTraceAll},
-    {"SubCir", MODEL_SUBCIR, nullptr, 0, 0, TRACE_V | TRACE_P, 0, 1},
+    {.name = "R", .id = MODEL_R_R, .params = kRParams, .extraRows = 1, .traceMask = kTraceAll},
+    {.name = "PWL",
+     .id = MODEL_TABLE,
+     .params = kPwlParams,
+     .extraRows = 1,
+     .traceMask = kTraceAll},
+    {.name = "PWL-I",
+     .id = MODEL_R_PWL_I,
+     .params = kPwlIParams,
+     .extraRows = 1,
+     .traceMask = kTraceAll},
+    {.name = "Function",
+     .id = MODEL_R_FUNCTION,
+     .params = kFunctionParams,
+     .extraRows = 1,
+     .traceMask = kTraceAll},
+    {.name = "SubCir", .id = MODEL_SUBCIR, .traceMask = TRACE_V | TRACE_P, .external = 1},
     {},
 };
 const ModelInfo kPotentiometerModels[] = {
-    {"Potentiometer", MODEL_R_POTENTIOMETER, kPotentiometerParams, 0, 0, TRACE_V},
+    {.name = "Potentiometer",
+     .id = MODEL_R_POTENTIOMETER,
+     .params = kPotentiometerParams,
+     .traceMask = TRACE_V},
     {},
 };
 const ModelInfo kVcrModels[] = {
-    {"PWL", MODEL_TABLE, kPwlParams, 0, 1, kTraceAll},
+    {.name = "PWL",
+     .id = MODEL_TABLE,
+     .params = kPwlParams,
+     .extraRows = 1,
+     .traceMask = kTraceAll},
     {},
 };
 // The current sense of the control takes a second row.
 const ModelInfo kCcrModels[] = {
-    {"PWL", MODEL_TABLE, kPwlParams, 0, 2, kTraceAll},
+    {.name = "PWL",
+     .id = MODEL_TABLE,
+     .params = kPwlParams,
+     .extraRows = 2,
+     .traceMask = kTraceAll},
     {},
 };
 
@@ -82,12 +104,26 @@ int TableFault(CCalc& calc, const CCmp& cmp) {
 
 }  // namespace
 
-const ElemType kTypeR_R = {"R_R", 2, &MakeCmp<CElemR>, kResistorModels, 0, "Resistor"};
-const ElemType kTypeR_Pot = {"R_Pot", 3, &MakeCmp<CElemR>, kPotentiometerModels, 0, "Potentiometer"};
-const ElemType kTypeR_VCR = {"R_VCR", 4, &MakeCmp<CElemR>, kVcrModels, 0,
-                             "Voltage controlled\nresistor"};
-const ElemType kTypeR_CCR = {"R_CCR", 4, &MakeCmp<CElemR>, kCcrModels, 0,
-                             "Current controlled\nresistor"};
+const ElemType kTypeR_R = {.tag = "R_R",
+                           .pinCount = 2,
+                           .factory = &MakeCmp<CElemR>,
+                           .models = kResistorModels,
+                           .description = "Resistor"};
+const ElemType kTypeR_Pot = {.tag = "R_Pot",
+                             .pinCount = 3,
+                             .factory = &MakeCmp<CElemR>,
+                             .models = kPotentiometerModels,
+                             .description = "Potentiometer"};
+const ElemType kTypeR_VCR = {.tag = "R_VCR",
+                             .pinCount = 4,
+                             .factory = &MakeCmp<CElemR>,
+                             .models = kVcrModels,
+                             .description = "Voltage controlled\nresistor"};
+const ElemType kTypeR_CCR = {.tag = "R_CCR",
+                             .pinCount = 4,
+                             .factory = &MakeCmp<CElemR>,
+                             .models = kCcrModels,
+                             .description = "Current controlled\nresistor"};
 
 CElemR::CElemR(const ElemType& elemType) : CCmp(elemType), Zs("1") {
   R.Value = 1.0;

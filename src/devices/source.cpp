@@ -4,11 +4,11 @@
 #include <string>
 
 #include "components/cmps.h"
-#include "xml/xml_node.h"
 #include "expr/context.h"
 #include "expr/numtext.h"
 #include "solver/calc.h"
 #include "solver/calc_simulation.h"
+#include "xml/xml_node.h"
 
 namespace tz4 {
 
@@ -33,21 +33,19 @@ const ParamDef kCurrentParams[] = {
 using VoltageTables = SignalSourceTables<&CElemV::Signal, false>;
 using CurrentTables = SignalSourceTables<&CElemV::Signal, true>;
 
-// name, id, params, editHint, extraRows, traceMask, helpId, external.
 // Voltage and current sources share their models; the tables differ only
 // in the names of the levels.
-#define TZ4_SOURCE_MODELS(constant, params, tables)                               \
-  {                                                                               \
-    {constant, MODEL_V_CONSTANT, params, 0, 1, kTraceSource},                    \
-    {"Pulse", SIGNAL_PULSE, tables::Pulse, 0, 1, kTraceSource},                  \
-    {"Step", SIGNAL_STEP, tables::Step, 0, 1, kTraceSource},                     \
-    {"Sin", SIGNAL_SIN, tables::Sin, 0, 1, kTraceSource},                        \
-    {"PWL", SIGNAL_PWL, tables::Pwl, 0, 1, kTraceSource},                        \
-    {"Function", SIGNAL_FUNCTION, tables::Function, 0, 1, kTraceSource},         \
-    {"File", SIGNAL_FILE, tables::File, 0, 1, kTraceSource, 0, 1},               \
-    {"Trace", SIGNAL_TRACE, tables::Trace, 0, 1, kTraceSource},                  \
-    {"SubCir", MODEL_SUBCIR, nullptr, 0, 0, TRACE_V | TRACE_P, 0, 1},            \
-    {},                                                                           \
+#define TZ4_SOURCE_MODELS(constant, params, tables)                           \
+  {                                                                           \
+    {constant, MODEL_V_CONSTANT, params, 0, 1, kTraceSource},                 \
+        {"Pulse", SIGNAL_PULSE, tables::Pulse, 0, 1, kTraceSource},           \
+        {"Step", SIGNAL_STEP, tables::Step, 0, 1, kTraceSource},              \
+        {"Sin", SIGNAL_SIN, tables::Sin, 0, 1, kTraceSource},                 \
+        {"PWL", SIGNAL_PWL, tables::Pwl, 0, 1, kTraceSource},                 \
+        {"Function", SIGNAL_FUNCTION, tables::Function, 0, 1, kTraceSource},  \
+        {"File", SIGNAL_FILE, tables::File, 0, 1, kTraceSource, 0, 1},        \
+        {"Trace", SIGNAL_TRACE, tables::Trace, 0, 1, kTraceSource},           \
+        {"SubCir", MODEL_SUBCIR, nullptr, 0, 0, TRACE_V | TRACE_P, 0, 1}, {}, \
   }
 
 const ModelInfo kVoltageModels[] = TZ4_SOURCE_MODELS("V", kVoltageParams, VoltageTables);
@@ -77,11 +75,18 @@ bool IsCurrentSource(const CCmp& cmp) {
 // state, and that report their delay as the initial condition.
 bool HasTimeOrigin(int32_t model) { return IsSignalModel(model) && model != SIGNAL_FUNCTION; }
 
-
 }  // namespace
 
-const ElemType kTypeV_V = {"V_V", 2, &MakeCmp<CElemV>, kVoltageModels, 0, "Voltage source"};
-const ElemType kTypeI_I = {"I_I", 2, &MakeCmp<CElemV>, kCurrentModels, 0, "Current source"};
+const ElemType kTypeV_V = {.tag = "V_V",
+                           .pinCount = 2,
+                           .factory = &MakeCmp<CElemV>,
+                           .models = kVoltageModels,
+                           .description = "Voltage source"};
+const ElemType kTypeI_I = {.tag = "I_I",
+                           .pinCount = 2,
+                           .factory = &MakeCmp<CElemV>,
+                           .models = kCurrentModels,
+                           .description = "Current source"};
 
 CElemV::CElemV(const ElemType& elemType) : CCmp(elemType) { Value.Value = 10.0; }
 
@@ -99,8 +104,7 @@ bool CElemV::Serialize(CXmlNode& archive, bool customFlag) {
 std::string& CElemV::GetICText(std::string& out) {
   out.clear();
   const int32_t model = ModelId();
-  if (HasTimeOrigin(model))
-    out = GetFullName() + ".Delay=" + FormatNumber(Signal.Delay.Value, 12);
+  if (HasTimeOrigin(model)) out = GetFullName() + ".Delay=" + FormatNumber(Signal.Delay.Value, 12);
   return out;
 }
 

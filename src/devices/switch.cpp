@@ -61,14 +61,25 @@ const ParamDef kLogicStepsParams[] = {
     {},
 };
 
-// name, id, params, editHint, extraRows, traceMask, helpId, external.
 // SPST types trace V, I and P; SPDT types none (their subcircuit P only).
 #define TZ4_CS_MODELS(table, switchParams, pulseParams, stepsParams, rows, mask, subMask) \
   const ModelInfo table[] = {                                                             \
-      {"Switch", MODEL_SW_SWITCH, switchParams, 0, rows, mask},                           \
-      {"Pulse", MODEL_SW_PULSE, pulseParams, 0, rows, mask},                              \
-      {"Steps", MODEL_SW_STEP, stepsParams, 0, rows, mask},                               \
-      {"SubCir", MODEL_SUBCIR, nullptr, 0, 0, subMask, 0, 1},                             \
+      {.name = "Switch",                                                                  \
+       .id = MODEL_SW_SWITCH,                                                             \
+       .params = switchParams,                                                            \
+       .extraRows = rows,                                                                 \
+       .traceMask = mask},                                                                \
+      {.name = "Pulse",                                                                   \
+       .id = MODEL_SW_PULSE,                                                              \
+       .params = pulseParams,                                                             \
+       .extraRows = rows,                                                                 \
+       .traceMask = mask},                                                                \
+      {.name = "Steps",                                                                   \
+       .id = MODEL_SW_STEP,                                                               \
+       .params = stepsParams,                                                             \
+       .extraRows = rows,                                                                 \
+       .traceMask = mask},                                                                \
+      {.name = "SubCir", .id = MODEL_SUBCIR, .traceMask = subMask, .external = 1},        \
       {},                                                                                 \
   };
 
@@ -116,15 +127,35 @@ const ParamDef kTimedFileParams[] = {
     {},
 };
 
-#define TZ4_S_MODELS(table, rows, mask, subMask)                     \
-  const ModelInfo table[] = {                                        \
-      {"Switch", MODEL_SW_SWITCH, kTimedSwitchParams, 0, rows, mask}, \
-      {"Pulse", MODEL_SW_PULSE, kTimedPulseParams, 0, rows, mask},   \
-      {"Step", MODEL_SW_STEP, kTimedStepParams, 0, rows, mask},      \
-      {"List", MODEL_SW_LIST, kTimedListParams, 0, rows, mask},      \
-      {"File", MODEL_SW_FILE, kTimedFileParams, 0, rows, mask},      \
-      {"SubCir", MODEL_SUBCIR, nullptr, 0, 0, subMask, 0, 1},        \
-      {},                                                            \
+#define TZ4_S_MODELS(table, rows, mask, subMask)                                   \
+  const ModelInfo table[] = {                                                      \
+      {.name = "Switch",                                                           \
+       .id = MODEL_SW_SWITCH,                                                      \
+       .params = kTimedSwitchParams,                                               \
+       .extraRows = rows,                                                          \
+       .traceMask = mask},                                                         \
+      {.name = "Pulse",                                                            \
+       .id = MODEL_SW_PULSE,                                                       \
+       .params = kTimedPulseParams,                                                \
+       .extraRows = rows,                                                          \
+       .traceMask = mask},                                                         \
+      {.name = "Step",                                                             \
+       .id = MODEL_SW_STEP,                                                        \
+       .params = kTimedStepParams,                                                 \
+       .extraRows = rows,                                                          \
+       .traceMask = mask},                                                         \
+      {.name = "List",                                                             \
+       .id = MODEL_SW_LIST,                                                        \
+       .params = kTimedListParams,                                                 \
+       .extraRows = rows,                                                          \
+       .traceMask = mask},                                                         \
+      {.name = "File",                                                             \
+       .id = MODEL_SW_FILE,                                                        \
+       .params = kTimedFileParams,                                                 \
+       .extraRows = rows,                                                          \
+       .traceMask = mask},                                                         \
+      {.name = "SubCir", .id = MODEL_SUBCIR, .traceMask = subMask, .external = 1}, \
+      {},                                                                          \
   };
 
 TZ4_S_MODELS(kSModels, 1, 7, 5)
@@ -135,20 +166,46 @@ const char* OnOff(int32_t flag) { return flag != 0 ? "on" : "off"; }
 
 }  // namespace
 
-const ElemType kTypeS_VCS = {"S_VCS", 4, &MakeCmp<CElemCS>, kVcsModels, 0,
-                             "Voltage controlled\nswitch"};
-const ElemType kTypeS_CCS = {"S_CCS", 4, &MakeCmp<CElemCS>, kCcsModels, 0,
-                             "Current controlled\nswitch"};
-const ElemType kTypeS_LCS = {"S_LCS", 3, &MakeCmp<CElemCS>, kLcsModels, 0,
-                             "Logic controlled\nswitch"};
-const ElemType kTypeS_VCS3 = {"S_VCS3", 5, &MakeCmp<CElemCS>, kVcs3Models, 0,
-                              "SPDT voltage\ncontrolled switch"};
-const ElemType kTypeS_CCS3 = {"S_CCS3", 5, &MakeCmp<CElemCS>, kCcs3Models, 0,
-                              "SPDT current\ncontrolled switch"};
-const ElemType kTypeS_LCS3 = {"S_LCS3", 4, &MakeCmp<CElemCS>, kLcs3Models, 0,
-                              "SPDT logic\ncontrolled switch"};
-const ElemType kTypeS_S = {"S_S", 2, &MakeCmp<CElemS>, kSModels, 0, "Switch"};
-const ElemType kTypeS_S3 = {"S_S3", 3, &MakeCmp<CElemS>, kS3Models, 0, "SPDT switch"};
+const ElemType kTypeS_VCS = {.tag = "S_VCS",
+                             .pinCount = 4,
+                             .factory = &MakeCmp<CElemCS>,
+                             .models = kVcsModels,
+                             .description = "Voltage controlled\nswitch"};
+const ElemType kTypeS_CCS = {.tag = "S_CCS",
+                             .pinCount = 4,
+                             .factory = &MakeCmp<CElemCS>,
+                             .models = kCcsModels,
+                             .description = "Current controlled\nswitch"};
+const ElemType kTypeS_LCS = {.tag = "S_LCS",
+                             .pinCount = 3,
+                             .factory = &MakeCmp<CElemCS>,
+                             .models = kLcsModels,
+                             .description = "Logic controlled\nswitch"};
+const ElemType kTypeS_VCS3 = {.tag = "S_VCS3",
+                              .pinCount = 5,
+                              .factory = &MakeCmp<CElemCS>,
+                              .models = kVcs3Models,
+                              .description = "SPDT voltage\ncontrolled switch"};
+const ElemType kTypeS_CCS3 = {.tag = "S_CCS3",
+                              .pinCount = 5,
+                              .factory = &MakeCmp<CElemCS>,
+                              .models = kCcs3Models,
+                              .description = "SPDT current\ncontrolled switch"};
+const ElemType kTypeS_LCS3 = {.tag = "S_LCS3",
+                              .pinCount = 4,
+                              .factory = &MakeCmp<CElemCS>,
+                              .models = kLcs3Models,
+                              .description = "SPDT logic\ncontrolled switch"};
+const ElemType kTypeS_S = {.tag = "S_S",
+                           .pinCount = 2,
+                           .factory = &MakeCmp<CElemS>,
+                           .models = kSModels,
+                           .description = "Switch"};
+const ElemType kTypeS_S3 = {.tag = "S_S3",
+                            .pinCount = 3,
+                            .factory = &MakeCmp<CElemS>,
+                            .models = kS3Models,
+                            .description = "SPDT switch"};
 
 // ---------------------------------------------------------------- CElemCS
 
@@ -179,8 +236,7 @@ bool CElemCS::Serialize(CXmlNode& archive, bool customFlag) {
 std::string& CElemCS::GetICText(std::string& out) {
   out.clear();
   const int32_t model = ModelId();
-  if (model == MODEL_SW_SWITCH || model == MODEL_SW_STEP)
-    out = GetFullName() + ".IC=" + OnOff(IC);
+  if (model == MODEL_SW_SWITCH || model == MODEL_SW_STEP) out = GetFullName() + ".IC=" + OnOff(IC);
   return out;
 }
 
@@ -188,9 +244,7 @@ bool CElemCS::CheckParams() { return ReportNotSimulated(this); }
 
 // Only the control of the single-contact logic switch is a logic pin; the
 // control of the SPDT logic switch stays a matrix pin.
-int CElemCS::IsMatrixPin(int pin) {
-  return pin == 2 && IsType("S_LCS") ? 0 : 1;
-}
+int CElemCS::IsMatrixPin(int pin) { return pin == 2 && IsType("S_LCS") ? 0 : 1; }
 
 bool CElemCS::GetTraceInfo(int kind, int& nodeA, int& nodeB, int& row, double& value) {
   CCmp::GetTraceInfo(kind, nodeA, nodeB, row, value);

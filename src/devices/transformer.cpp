@@ -27,41 +27,67 @@ const ParamDef kTransformerParams[] = {
 // --- model tables: name, id, params, editHint, extraRows, traceMask ---
 
 const ModelInfo kWindingModels[] = {
-    {"Winding", MODEL_W_TRANSFORMER, kWindingParams, 0, 1, kWindingMask},
+    {.name = "Winding",
+     .id = MODEL_W_TRANSFORMER,
+     .params = kWindingParams,
+     .extraRows = 1,
+     .traceMask = kWindingMask},
     {},
 };
 const ModelInfo kT2Models[] = {
-    {"Transformer", MODEL_W_TRANSFORMER, kTransformerParams, 0, 3, kTransformerMask},
-    {"SubCir", MODEL_SUBCIR, nullptr, 0, 0, kSubCirMask, 0, 1},
+    {.name = "Transformer",
+     .id = MODEL_W_TRANSFORMER,
+     .params = kTransformerParams,
+     .extraRows = 3,
+     .traceMask = kTransformerMask},
+    {.name = "SubCir", .id = MODEL_SUBCIR, .traceMask = kSubCirMask, .external = 1},
     {},
 };
 const ModelInfo kT3Models[] = {
-    {"Transformer", MODEL_W_TRANSFORMER, kTransformerParams, 0, 4, kTransformerMask},
-    {"SubCir", MODEL_SUBCIR, nullptr, 0, 0, kSubCirMask, 0, 1},
+    {.name = "Transformer",
+     .id = MODEL_W_TRANSFORMER,
+     .params = kTransformerParams,
+     .extraRows = 4,
+     .traceMask = kTransformerMask},
+    {.name = "SubCir", .id = MODEL_SUBCIR, .traceMask = kSubCirMask, .external = 1},
     {},
 };
 // The table and the row count of W_CUSTOM depend on its windings.
 const ModelInfo kCustomModels[] = {
-    {"Transformer", MODEL_W_TRANSFORMER, nullptr, 0, 0, kTransformerMask},
-    {"SubCir", MODEL_SUBCIR, nullptr, 0, 0, kSubCirMask, 0, 1},
+    {.name = "Transformer", .id = MODEL_W_TRANSFORMER, .traceMask = kTransformerMask},
+    {.name = "SubCir", .id = MODEL_SUBCIR, .traceMask = kSubCirMask, .external = 1},
     {},
 };
 
 }  // namespace
 
-const ElemType kTypeW_W = {"W_W", 3, &MakeCmp<CElemW>, kWindingModels, 0, "Winding"};
-const ElemType kTypeW_T2 = {"W_T2", 4, &MakeCmp<CElemW>, kT2Models, 0, "Transformer"};
-const ElemType kTypeW_T3 = {"W_T3", 5, &MakeCmp<CElemW>, kT3Models, 0, "Differential\ntransformer"};
-const ElemType kTypeW_CUSTOM = {"W_CUSTOM", 0, &MakeCmp<CElemW>, kCustomModels, 0, "Custom\ntransformer"};
+const ElemType kTypeW_W = {.tag = "W_W",
+                           .pinCount = 3,
+                           .factory = &MakeCmp<CElemW>,
+                           .models = kWindingModels,
+                           .description = "Winding"};
+const ElemType kTypeW_T2 = {.tag = "W_T2",
+                            .pinCount = 4,
+                            .factory = &MakeCmp<CElemW>,
+                            .models = kT2Models,
+                            .description = "Transformer"};
+const ElemType kTypeW_T3 = {.tag = "W_T3",
+                            .pinCount = 5,
+                            .factory = &MakeCmp<CElemW>,
+                            .models = kT3Models,
+                            .description = "Differential\ntransformer"};
+const ElemType kTypeW_CUSTOM = {.tag = "W_CUSTOM",
+                                .pinCount = 0,
+                                .factory = &MakeCmp<CElemW>,
+                                .models = kCustomModels,
+                                .description = "Custom\ntransformer"};
 
 CElemW::CElemW(const ElemType& elemType) : CCmp(elemType) {
   N1.Value = 1.0;
   N2.Value = 1.0;
 }
 
-bool CElemW::IsCustom() const {
-  return IsType("W_CUSTOM");
-}
+bool CElemW::IsCustom() const { return IsType("W_CUSTOM"); }
 
 void CElemW::SetWindingCount(int32_t count) {
   if (count < 0) count = 0;
@@ -94,7 +120,8 @@ bool CElemW::Serialize(CXmlNode& archive, bool customFlag) {
   archive.ArchiveValue("w", N1);
   archive.ArchiveValue("w1", N2);
   if (IsCustom()) {
-    for (size_t k = 0; k < CustomTurns.size(); k++) archive.ArchiveValue(CustomNames[k], CustomTurns[k]);
+    for (size_t k = 0; k < CustomTurns.size(); k++)
+      archive.ArchiveValue(CustomNames[k], CustomTurns[k]);
   }
   return true;
 }

@@ -56,29 +56,54 @@ const ParamDef kFetParams[] = {
     {},
 };
 const ParamDef kFetDParams[] = {
-    {PK_VALUE, "S", &BindMember<&CElemT::K>},
-    {PK_VALUE, "Vth", &BindMember<&CElemT::Vbe>},
-    {PK_VALUE, "Rdson", &BindMember<&CElemT::Rdson>},
-    {PK_VALUE, "Vd", &BindMember<&CElemT::Vd>},
-    {PK_ENUM, "IC", &BindMember<&CElemT::FetDIc>},
-    {},
+    {PK_VALUE, "S", &BindMember<&CElemT::K>},         {PK_VALUE, "Vth", &BindMember<&CElemT::Vbe>},
+    {PK_VALUE, "Rdson", &BindMember<&CElemT::Rdson>}, {PK_VALUE, "Vd", &BindMember<&CElemT::Vd>},
+    {PK_ENUM, "IC", &BindMember<&CElemT::FetDIc>},    {},
 };
 
 // --- model tables: name, id, params, editHint, extraRows, traceMask ---
 
 const ModelInfo kBipolarModels[] = {
-    {"Linear", MODEL_T_LINEAR, kBipolarLinearParams, 0, 2, TRACE_V | TRACE_I | TRACE_P},
-    {"Switch", MODEL_T_SWITCH, kBipolarSwitchParams, 0, 2, TRACE_V | TRACE_I | TRACE_P},
-    {"Transistor", MODEL_T_TRANSISTOR, kTransistorParams, 0, 3, TRACE_V | TRACE_I | TRACE_P},
-    {"SubCir", MODEL_SUBCIR, nullptr, 0, 0, TRACE_V | TRACE_P, 0, 1},
+    {.name = "Linear",
+     .id = MODEL_T_LINEAR,
+     .params = kBipolarLinearParams,
+     .extraRows = 2,
+     .traceMask = TRACE_V | TRACE_I | TRACE_P},
+    {.name = "Switch",
+     .id = MODEL_T_SWITCH,
+     .params = kBipolarSwitchParams,
+     .extraRows = 2,
+     .traceMask = TRACE_V | TRACE_I | TRACE_P},
+    {.name = "Transistor",
+     .id = MODEL_T_TRANSISTOR,
+     .params = kTransistorParams,
+     .extraRows = 3,
+     .traceMask = TRACE_V | TRACE_I | TRACE_P},
+    {.name = "SubCir", .id = MODEL_SUBCIR, .traceMask = TRACE_V | TRACE_P, .external = 1},
     {},
 };
 const ModelInfo kFetModels[] = {
-    {"Linear", MODEL_T_LINEAR, kFetLinearParams, 0, 1, TRACE_V | TRACE_I | TRACE_P},
-    {"Switch", MODEL_T_SWITCH, kFetSwitchParams, 0, 1, TRACE_V | TRACE_I | TRACE_P},
-    {"FET", MODEL_T_FET, kFetParams, 0, 1, TRACE_V | TRACE_I | TRACE_P},
-    {"FET-D", MODEL_T_FETD, kFetDParams, 0, 1, TRACE_V | TRACE_I | TRACE_P},
-    {"SubCir", MODEL_SUBCIR, nullptr, 0, 0, TRACE_V | TRACE_P, 0, 1},
+    {.name = "Linear",
+     .id = MODEL_T_LINEAR,
+     .params = kFetLinearParams,
+     .extraRows = 1,
+     .traceMask = TRACE_V | TRACE_I | TRACE_P},
+    {.name = "Switch",
+     .id = MODEL_T_SWITCH,
+     .params = kFetSwitchParams,
+     .extraRows = 1,
+     .traceMask = TRACE_V | TRACE_I | TRACE_P},
+    {.name = "FET",
+     .id = MODEL_T_FET,
+     .params = kFetParams,
+     .extraRows = 1,
+     .traceMask = TRACE_V | TRACE_I | TRACE_P},
+    {.name = "FET-D",
+     .id = MODEL_T_FETD,
+     .params = kFetDParams,
+     .extraRows = 1,
+     .traceMask = TRACE_V | TRACE_I | TRACE_P},
+    {.name = "SubCir", .id = MODEL_SUBCIR, .traceMask = TRACE_V | TRACE_P, .external = 1},
     {},
 };
 
@@ -93,10 +118,26 @@ const char* EnumName(const CEnumValue& value) {
 
 }  // namespace
 
-const ElemType kTypeT_TNPN = {"T_TNPN", 3, &MakeCmp<CElemT>, kBipolarModels, 0, "NPN transistor"};
-const ElemType kTypeT_TPNP = {"T_TPNP", 3, &MakeCmp<CElemT>, kBipolarModels, 0, "PNP transistor"};
-const ElemType kTypeT_NFET = {"T_NFET", 3, &MakeCmp<CElemT>, kFetModels, 0, "N-FET"};
-const ElemType kTypeT_PFET = {"T_PFET", 3, &MakeCmp<CElemT>, kFetModels, 0, "P-FET"};
+const ElemType kTypeT_TNPN = {.tag = "T_TNPN",
+                              .pinCount = 3,
+                              .factory = &MakeCmp<CElemT>,
+                              .models = kBipolarModels,
+                              .description = "NPN transistor"};
+const ElemType kTypeT_TPNP = {.tag = "T_TPNP",
+                              .pinCount = 3,
+                              .factory = &MakeCmp<CElemT>,
+                              .models = kBipolarModels,
+                              .description = "PNP transistor"};
+const ElemType kTypeT_NFET = {.tag = "T_NFET",
+                              .pinCount = 3,
+                              .factory = &MakeCmp<CElemT>,
+                              .models = kFetModels,
+                              .description = "N-FET"};
+const ElemType kTypeT_PFET = {.tag = "T_PFET",
+                              .pinCount = 3,
+                              .factory = &MakeCmp<CElemT>,
+                              .models = kFetModels,
+                              .description = "P-FET"};
 
 CElemT::CElemT(const ElemType& elemType)
     : CCmp(elemType),
@@ -111,9 +152,7 @@ CElemT::CElemT(const ElemType& elemType)
   if (!IsBipolar()) Vbe.Value = 0.0;
 }
 
-bool CElemT::IsBipolar() const {
-  return IsTypeIn({"T_TNPN", "T_TPNP"});
-}
+bool CElemT::IsBipolar() const { return IsTypeIn({"T_TNPN", "T_TPNP"}); }
 
 bool CElemT::Serialize(CXmlNode& archive, bool customFlag) {
   if (!SerializeBase(archive, customFlag)) return false;
@@ -147,8 +186,8 @@ std::string& CElemT::GetICText(std::string& out) {
       out = n + ".IC=" + icText();
       break;
     case MODEL_T_TRANSISTOR:
-      out = n + ".IC=" + icText() + ";" + n + ".ICBE=" + OnOff(IcBe) + ";" + n + ".ICBC=" +
-            OnOff(IcBc);
+      out = n + ".IC=" + icText() + ";" + n + ".ICBE=" + OnOff(IcBe) + ";" + n +
+            ".ICBC=" + OnOff(IcBc);
       break;
     case MODEL_T_FET:
       out = n + ".IC=" + EnumName(FetIc);
