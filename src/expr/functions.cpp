@@ -3,6 +3,7 @@
 
 #include <cmath>
 #include <cstdlib>
+#include <iterator>
 #include <limits>
 
 #include "expr/lists.h"
@@ -20,70 +21,26 @@ struct FunctionName {
 };
 
 // Names grouped by length, each group ended by code 0.
-const FunctionName kLength1[] = {{69, "V"}, {70, "I"}, {71, "P"}, {0, nullptr}};
-const FunctionName kLength2[] = {{49, "sq"}, {52, "lg"}, {51, "ln"}, {53, "lb"}, {41, "tg"},
-                                 {58, "db"}, {72, "re"}, {73, "im"}, {0, nullptr}};
-const FunctionName kLength3[] = {{56, "abs"}, {59, "min"}, {60, "max"}, {50, "exp"}, {54, "pow"},
-                                 {55, "pwr"}, {48, "sqr"}, {63, "int"}, {51, "log"}, {56, "mag"},
-                                 {39, "sin"}, {40, "cos"}, {41, "tan"}, {76, "par"}, {77, "lim"},
-                                 {62, "sum"}, {0, nullptr}};
-const FunctionName kLength4[] = {{47, "sqrt"}, {68, "bool"}, {57, "sign"}, {53, "log2"},
-                                 {42, "asin"}, {43, "acos"}, {44, "atan"}, {37, "ceil"},
-                                 {61, "mean"}, {74, "rand"}, {0, nullptr}};
-const FunctionName kLength5[] = {{64, "int64"}, {38, "round"}, {78, "islow"}, {52, "log10"},
-                                 {46, "phase"}, {45, "atan2"}, {66, "float"}, {36, "floor"},
-                                 {77, "limit"}, {75, "gauss"}, {0, nullptr}};
-const FunctionName kLength6[] = {{65, "double"}, {79, "ishigh"}, {74, "random"}, {0, nullptr}};
-const FunctionName kLength7[] = {{67, "complex"}, {61, "average"}, {0, nullptr}};
+const FunctionName kLength1[] = {{FN_V, "V"}, {FN_I, "I"}, {FN_P, "P"}, {0, nullptr}};
+const FunctionName kLength2[] = {{FN_SQ, "sq"}, {FN_LOG10, "lg"}, {FN_LOG, "ln"}, {FN_LOG2, "lb"}, {FN_TAN, "tg"},
+                                 {FN_DB, "db"}, {FN_RE, "re"}, {FN_IM, "im"}, {0, nullptr}};
+const FunctionName kLength3[] = {{FN_ABS, "abs"}, {FN_MIN, "min"}, {FN_MAX, "max"}, {FN_EXP, "exp"}, {FN_POW, "pow"},
+                                 {FN_PWR, "pwr"}, {FN_SQR, "sqr"}, {OP_CAST_INT, "int"}, {FN_LOG, "log"}, {FN_ABS, "mag"},
+                                 {FN_SIN, "sin"}, {FN_COS, "cos"}, {FN_TAN, "tan"}, {FN_PAR, "par"}, {FN_LIMIT, "lim"},
+                                 {FN_SUM, "sum"}, {0, nullptr}};
+const FunctionName kLength4[] = {{FN_SQRT, "sqrt"}, {OP_CAST_BOOL, "bool"}, {FN_SIGN, "sign"}, {FN_LOG2, "log2"},
+                                 {FN_ASIN, "asin"}, {FN_ACOS, "acos"}, {FN_ATAN, "atan"}, {FN_CEIL, "ceil"},
+                                 {FN_MEAN, "mean"}, {FN_RANDOM, "rand"}, {0, nullptr}};
+const FunctionName kLength5[] = {{OP_CAST_INT64, "int64"}, {FN_ROUND, "round"}, {FN_ISLOW, "islow"}, {FN_LOG10, "log10"},
+                                 {FN_PHASE, "phase"}, {FN_ATAN2, "atan2"}, {OP_CAST_FLOAT, "float"}, {FN_FLOOR, "floor"},
+                                 {FN_LIMIT, "limit"}, {FN_GAUSS, "gauss"}, {0, nullptr}};
+const FunctionName kLength6[] = {{OP_CAST_DOUBLE, "double"}, {FN_ISHIGH, "ishigh"}, {FN_RANDOM, "random"}, {0, nullptr}};
+const FunctionName kLength7[] = {{OP_CAST_COMPLEX, "complex"}, {FN_MEAN, "average"}, {0, nullptr}};
 const FunctionName* const kFormulaFunctionTable[] = {kLength1, kLength2, kLength3, kLength4,
                                                      kLength5, kLength6, kLength7};
 
-// The name used in the messages of each code.
-const char* MessageName(int code) {
-  switch (code) {
-    case 36: return "floor";
-    case 37: return "ceil";
-    case 38: return "round";
-    case 39: return "sin";
-    case 40: return "cos";
-    case 41: return "tan";
-    case 42: return "asin";
-    case 43: return "acos";
-    case 44: return "atan";
-    case 45: return "atan2";
-    case 46: return "phase";
-    case 47: return "sqrt";
-    case 48: return "sqr";
-    case 49: return "sq";
-    case 50: return "exp";
-    case 51: return "log";
-    case 52: return "log10";
-    case 53: return "log2";
-    case 54: return "pow";
-    case 55: return "pwr";
-    case 56: return "abs";
-    case 57: return "sign";
-    case 58: return "db";
-    case 63: return "int";
-    case 64: return "int64";
-    case 65:
-    case 66: return "double";
-    case 67: return "complex";
-    case 68: return "bool";
-    case 69: return "V";
-    case 70: return "I";
-    case 71: return "P";
-    case 72: return "re";
-    case 73: return "im";
-    case 74: return "random";
-    case 75: return "gauss";
-    case 76: return "par";
-    case 77: return "limit";
-    case 78: return "islow";
-    case 79: return "ishigh";
-    default: return "?";
-  }
-}
+// The name by which the messages of a function code call it.
+const char* MessageName(int code);
 
 [[noreturn]] void RaiseFunction(int code, const char* what) {
   std::string text = "Function '";
@@ -146,7 +103,7 @@ TValue LogToBase(const TValue& x, double base, bool exactBase10, bool exactBase2
 }
 
 void MinMax(int code, TValue& result, const TValue* args, int count) {
-  const bool isMax = code == 60;
+  const bool isMax = code == FN_MAX;
   if (count == 1 && args[0].Type == VT_ARRAY) {
     const TVariable* var = args[0].Var;
     if (var == nullptr || var->Size < 1 || var->Values.empty())
@@ -198,7 +155,7 @@ void MinMax(int code, TValue& result, const TValue* args, int count) {
 }
 
 void MeanSum(int code, TValue& result, const TValue* args, int count) {
-  const bool mean = code == 61;
+  const bool mean = code == FN_MEAN;
   if (count == 1 && args[0].Type == VT_ARRAY) {
     const TVariable* var = args[0].Var;
     if (var == nullptr || var->Size < 1 || var->Values.empty())
@@ -282,7 +239,7 @@ double Gauss(double mean, double sigma) {
 }
 
 void Trace(int code, TValue& result, CCmp* component, CEvalSimulation* simulation) {
-  const int kind = code - 69;  // 0 V, 1 I, 2 P
+  const int kind = code - FN_V;  // 0 V, 1 I, 2 P
   const char* letter = kind == 0 ? "V" : kind == 1 ? "I" : "P";
   if (simulation == nullptr) Raise(std::string("Function '") + letter + "' not allowed");
   if (component == nullptr) return;
@@ -330,264 +287,346 @@ int FindFunction(const std::string& name) {
   return 0;
 }
 
-void ApplyFunction(int code, TValue& result, const TValue* args, int count, CCmp* component,
-                   CEvalContext* context, CEvalSimulation* simulation) {
-  switch (code) {
-    case 36:
-    case 37:
-      CheckCount(code, count, 1, 1);
-      CheckReal(code, args, count);
-      result = TValue::MakeDouble(code == 36 ? std::floor(Real(args[0])) : std::ceil(Real(args[0])));
-      return;
-    case 38: {
-      CheckCount(code, count, 1, 2);
-      CheckReal(code, args, count);
-      double x = Real(args[0]);
-      if (count == 1) {
-        result = TValue::MakeDouble(std::floor(x + 0.5));
-      } else {
-        double step = Real(args[1]);
-        result = TValue::MakeDouble(step > 0 ? std::floor(x / step + 0.5) * step : x);
-      }
-      return;
+// ---- the functions ----
+
+namespace {
+
+// One call of a function: its code, its arguments and where it may look.
+struct Call {
+  int code;
+  TValue& result;
+  const TValue* args;
+  int count;
+  CCmp* component;
+  CEvalContext* context;
+  CEvalSimulation* simulation;
+
+  // Checks the count, and with `real` that no argument is complex.
+  void Expect(int least, int most, bool real = false) const {
+    CheckCount(code, count, least, most);
+    if (real) CheckReal(code, args, count);
+  }
+  double Arg(int i) const { return Real(args[i]); }
+};
+
+constexpr int kMany = std::numeric_limits<int>::max();
+
+void FloorCeil(const Call& c) {
+  c.Expect(1, 1, true);
+  c.result = TValue::MakeDouble(c.code == FN_FLOOR ? std::floor(c.Arg(0)) : std::ceil(c.Arg(0)));
+}
+
+void Round(const Call& c) {
+  c.Expect(1, 2, true);
+  const double x = c.Arg(0);
+  if (c.count == 1) {
+    c.result = TValue::MakeDouble(std::floor(x + 0.5));
+  } else {
+    const double step = c.Arg(1);
+    c.result = TValue::MakeDouble(step > 0 ? std::floor(x / step + 0.5) * step : x);
+  }
+}
+
+// sin, cos and tan of degrees, exactly 0 within 1e-15 of their zeros.
+void Trigonometric(const Call& c) {
+  c.Expect(1, 1, true);
+  const double x = c.Arg(0);
+  const double zeroAt = c.code == FN_COS ? x + 90 : x;
+  double r;
+  if (std::fabs(std::fmod(zeroAt, 180)) < 1e-15)
+    r = 0.0;
+  else if (c.code == FN_SIN)
+    r = std::sin(x / 180 * kFormulaPi);
+  else if (c.code == FN_COS)
+    r = std::cos(x / 180 * kFormulaPi);
+  else
+    r = std::tan(x / 180 * kFormulaPi);
+  c.result = TValue::MakeDouble(r);
+}
+
+void InverseTrigonometric(const Call& c) {
+  c.Expect(1, 1, true);
+  const double x = c.Arg(0);
+  const double r = c.code == FN_ASIN ? std::asin(x) : c.code == FN_ACOS ? std::acos(x) : std::atan(x);
+  c.result = TValue::MakeDouble(Degrees(r));
+}
+
+void Atan2(const Call& c) {
+  c.Expect(1, 2, true);
+  const double y = c.Arg(0);
+  if (c.count == 1) {
+    c.result = TValue::MakeDouble(Degrees(std::atan2(y, 1.0)));
+  } else {
+    const double x = c.Arg(1);
+    c.result = TValue::MakeDouble(x == 0 && y == 0 ? 0.0 : Degrees(std::atan2(y, x)));
+  }
+}
+
+void Phase(const Call& c) {
+  c.Expect(1, 1);
+  const TValue v = AsComplex(c.args[0]);
+  c.result = TValue::MakeDouble(v.Dbl == 0 && v.Im == 0 ? 0.0 : Degrees(std::atan2(v.Im, v.Dbl)));
+}
+
+void Sqrt(const Call& c) {
+  c.Expect(1, 1);
+  const TValue& v = c.args[0];
+  if (v.Type != VT_COMPLEX) {
+    c.result = TValue::MakeDouble(std::sqrt(Real(v)));
+  } else if (v.Im == 0) {
+    c.result = v.Dbl >= 0 ? TValue::MakeComplex(std::sqrt(v.Dbl), 0.0)
+                          : TValue::MakeComplex(0.0, std::sqrt(-v.Dbl));
+  } else {
+    c.result = SnappedPolar(std::sqrt(std::sqrt(v.Dbl * v.Dbl + v.Im * v.Im)),
+                            std::atan2(v.Im, v.Dbl) * 0.5);
+  }
+}
+
+void SignedSqrt(const Call& c) {
+  c.Expect(1, 1, true);
+  const double x = c.Arg(0);
+  c.result = TValue::MakeDouble(x >= 0 ? std::sqrt(x) : -std::sqrt(-x));
+}
+
+void Square(const Call& c) {
+  c.Expect(1, 1);
+  const TValue& v = c.args[0];
+  if (v.Type == VT_COMPLEX) {
+    c.result = TValue::MakeComplex(v.Dbl * v.Dbl - v.Im * v.Im, 2 * v.Dbl * v.Im);
+  } else {
+    const double x = Real(v);
+    c.result = TValue::MakeDouble(x * x);
+  }
+}
+
+void Exp(const Call& c) {
+  c.Expect(1, 1);
+  const TValue& v = c.args[0];
+  if (v.Type != VT_COMPLEX) {
+    c.result = TValue::MakeDouble(std::exp(Real(v)));
+    return;
+  }
+  const double r = std::sqrt(v.Dbl * v.Dbl + v.Im * v.Im);
+  const double t = r == 0 ? 0.0 : std::atan2(v.Im, v.Dbl);
+  c.result = SnappedPolar(std::exp(r * std::cos(t)), r * std::sin(t));
+}
+
+void Log(const Call& c) {
+  c.Expect(1, 2);
+  if (c.count == 2) {
+    if (c.args[1].Type == VT_COMPLEX) Raise("Function 'log' : complex base not allowed");
+    c.result = LogToBase(c.args[0], c.Arg(1), false, false);
+  } else if (c.args[0].Type == VT_COMPLEX) {
+    c.result = ComplexLog(c.args[0]);
+  } else {
+    c.result = TValue::MakeDouble(std::log(c.Arg(0)));
+  }
+}
+
+void Log10Log2(const Call& c) {
+  c.Expect(1, 1);
+  const bool ten = c.code == FN_LOG10;
+  c.result = LogToBase(c.args[0], ten ? 10.0 : 2.0, ten, !ten);
+}
+
+void Pow(const Call& c) {
+  c.Expect(2, 2);
+  if (c.args[1].Type == VT_COMPLEX) Raise("Function 'pow' : complex power not allowed");
+  const double p = c.Arg(1);
+  const TValue& base = c.args[0];
+  if (base.Type == VT_COMPLEX) {
+    if (base.Dbl == 0 && base.Im == 0) {
+      c.result = TValue::MakeComplex(0.0, 0.0);
+    } else {
+      const double m = std::pow(std::sqrt(base.Dbl * base.Dbl + base.Im * base.Im), p);
+      c.result = SnappedPolar(m, std::atan2(base.Im, base.Dbl) * p);
     }
-    case 39:
-    case 40:
-    case 41: {
-      CheckCount(code, count, 1, 1);
-      CheckReal(code, args, count);
-      double x = Real(args[0]);
-      double zeroAt = code == 40 ? x + 90 : x;
-      double r;
-      if (std::fabs(std::fmod(zeroAt, 180)) < 1e-15)
-        r = 0.0;
-      else if (code == 39)
-        r = std::sin(x / 180 * kFormulaPi);
-      else if (code == 40)
-        r = std::cos(x / 180 * kFormulaPi);
-      else
-        r = std::tan(x / 180 * kFormulaPi);
-      result = TValue::MakeDouble(r);
-      return;
-    }
-    case 42:
-    case 43:
-    case 44: {
-      CheckCount(code, count, 1, 1);
-      CheckReal(code, args, count);
-      double x = Real(args[0]);
-      double r = code == 42 ? std::asin(x) : code == 43 ? std::acos(x) : std::atan(x);
-      result = TValue::MakeDouble(Degrees(r));
-      return;
-    }
-    case 45: {
-      CheckCount(code, count, 1, 2);
-      CheckReal(code, args, count);
-      double y = Real(args[0]);
-      if (count == 1) {
-        result = TValue::MakeDouble(Degrees(std::atan2(y, 1.0)));
-      } else {
-        double x = Real(args[1]);
-        result = TValue::MakeDouble(x == 0 && y == 0 ? 0.0 : Degrees(std::atan2(y, x)));
-      }
-      return;
-    }
-    case 46: {
-      CheckCount(code, count, 1, 1);
-      TValue v = AsComplex(args[0]);
-      result = TValue::MakeDouble(v.Dbl == 0 && v.Im == 0 ? 0.0 : Degrees(std::atan2(v.Im, v.Dbl)));
-      return;
-    }
-    case 47: {
-      CheckCount(code, count, 1, 1);
-      const TValue& v = args[0];
-      if (v.Type != VT_COMPLEX) {
-        result = TValue::MakeDouble(std::sqrt(Real(v)));
-      } else if (v.Im == 0) {
-        result = v.Dbl >= 0 ? TValue::MakeComplex(std::sqrt(v.Dbl), 0.0)
-                            : TValue::MakeComplex(0.0, std::sqrt(-v.Dbl));
-      } else {
-        result = SnappedPolar(std::sqrt(std::sqrt(v.Dbl * v.Dbl + v.Im * v.Im)),
-                              std::atan2(v.Im, v.Dbl) * 0.5);
-      }
-      return;
-    }
-    case 48: {
-      CheckCount(code, count, 1, 1);
-      CheckReal(code, args, count);
-      double x = Real(args[0]);
-      result = TValue::MakeDouble(x >= 0 ? std::sqrt(x) : -std::sqrt(-x));
-      return;
-    }
-    case 49: {
-      CheckCount(code, count, 1, 1);
-      const TValue& v = args[0];
-      if (v.Type == VT_COMPLEX) {
-        result = TValue::MakeComplex(v.Dbl * v.Dbl - v.Im * v.Im, 2 * v.Dbl * v.Im);
-      } else {
-        double x = Real(v);
-        result = TValue::MakeDouble(x * x);
-      }
-      return;
-    }
-    case 50: {
-      CheckCount(code, count, 1, 1);
-      const TValue& v = args[0];
-      if (v.Type != VT_COMPLEX) {
-        result = TValue::MakeDouble(std::exp(Real(v)));
-        return;
-      }
-      double r = std::sqrt(v.Dbl * v.Dbl + v.Im * v.Im);
-      double t = r == 0 ? 0.0 : std::atan2(v.Im, v.Dbl);
-      double a = r * std::cos(t);
-      double b = r * std::sin(t);
-      result = SnappedPolar(std::exp(a), b);
-      return;
-    }
-    case 51: {
-      CheckCount(code, count, 1, 2);
-      if (count == 2) {
-        if (args[1].Type == VT_COMPLEX) Raise("Function 'log' : complex base not allowed");
-        result = LogToBase(args[0], Real(args[1]), false, false);
-      } else if (args[0].Type == VT_COMPLEX) {
-        result = ComplexLog(args[0]);
-      } else {
-        result = TValue::MakeDouble(std::log(Real(args[0])));
-      }
-      return;
-    }
-    case 52:
-    case 53:
-      CheckCount(code, count, 1, 1);
-      result = LogToBase(args[0], code == 52 ? 10.0 : 2.0, code == 52, code == 53);
-      return;
-    case 54: {
-      CheckCount(code, count, 2, 2);
-      if (args[1].Type == VT_COMPLEX) Raise("Function 'pow' : complex power not allowed");
-      double p = Real(args[1]);
-      const TValue& base = args[0];
-      if (base.Type == VT_COMPLEX) {
-        if (base.Dbl == 0 && base.Im == 0) {
-          result = TValue::MakeComplex(0.0, 0.0);
-        } else {
-          double m = std::pow(std::sqrt(base.Dbl * base.Dbl + base.Im * base.Im), p);
-          result = SnappedPolar(m, std::atan2(base.Im, base.Dbl) * p);
-        }
-      } else {
-        double x = Real(base);
-        result = TValue::MakeDouble(x == 0 ? 0.0 : std::pow(x, p));
-      }
-      return;
-    }
-    case 55: {
-      CheckCount(code, count, 2, 2);
-      CheckReal(code, args, count);
-      double x = Real(args[0]), y = Real(args[1]);
-      result = TValue::MakeDouble(x > 0 ? std::pow(x, y) : -std::pow(-x, y));
-      return;
-    }
-    case 56: {
-      CheckCount(code, count, 1, std::numeric_limits<int>::max());
-      if (count > 1) {
-        double sum = 0;
-        for (int i = 0; i < count; i++) sum += Magnitude(args[i]);
-        result = TValue::MakeDouble(sum);
-        return;
-      }
-      const TValue& v = args[0];
-      switch (v.Type) {
-        case VT_COMPLEX: result = TValue::MakeDouble(Magnitude(v)); break;
-        case VT_DOUBLE: result = TValue::MakeDouble(std::fabs(v.Dbl)); break;
-        case VT_INT64:
-          result = TValue::MakeInt64(v.I64 < 0 ? static_cast<int64_t>(0 - static_cast<uint64_t>(v.I64)) : v.I64);
-          break;
-        default: {
-          TValue i = v;
-          ConvertValue(i, VT_INT);
-          result = TValue::MakeInt(i.I32 < 0 ? static_cast<int32_t>(0 - static_cast<uint32_t>(i.I32)) : i.I32);
-        }
-      }
-      return;
-    }
-    case 57: {
-      CheckCount(code, count, 1, 1);
-      CheckReal(code, args, count);
-      double x = Real(args[0]);
-      result = TValue::MakeInt(x > 0 ? 1 : x < 0 ? -1 : 0);
-      return;
-    }
-    case 58: {
-      CheckCount(code, count, 1, 2);
-      CheckReal(code, args, count);
-      double x = Real(args[0]);
-      if (count == 2) x /= Real(args[1]);
-      result = TValue::MakeDouble(20 * std::log10(std::fabs(x)));
-      return;
-    }
-    case 59:
-    case 60:
-      if (count < 1) Raise("Functions 'min' and 'max' : wrong number of parameters");
-      MinMax(code, result, args, count);
-      return;
-    case 61:
-    case 62:
-      if (count < 1) Raise("Functions 'mean' and 'sum' : wrong number of parameters");
-      MeanSum(code, result, args, count);
-      return;
-    case OP_CAST_INT:
-    case OP_CAST_INT64:
-    case OP_CAST_DOUBLE:
-    case OP_CAST_FLOAT:
-    case OP_CAST_COMPLEX:
-    case OP_CAST_BOOL: {
-      CheckCount(code, count, 1, 1);
-      static const int kTypes[] = {VT_INT, VT_INT64, VT_DOUBLE, VT_DOUBLE, VT_COMPLEX, VT_BOOL};
-      TValue v = args[0];
-      ConvertValue(v, kTypes[code - OP_CAST_INT]);
-      result = v;
-      return;
-    }
-    case 69:
-    case 70:
-    case 71: Trace(code, result, component, simulation); return;
-    case 72:
-    case 73: {
-      CheckCount(code, count, 1, 1);
-      TValue v = AsComplex(args[0]);
-      result = TValue::MakeDouble(code == 72 ? v.Dbl : v.Im);
-      return;
-    }
-    case 74:
-      CheckCount(code, count, 1, 1);
-      CheckReal(code, args, count);
-      result = TValue::MakeDouble(Rand15() * Real(args[0]) / 32767.0);
-      return;
-    case 75:
-      CheckCount(code, count, 2, 2);
-      CheckReal(code, args, count);
-      result = TValue::MakeDouble(Gauss(Real(args[0]), Real(args[1])));
-      return;
-    case 76:
-      CheckCount(code, count, 1, std::numeric_limits<int>::max());
-      Parallel(result, args, count);
-      return;
-    case 77: {
-      CheckCount(code, count, 3, 3);
-      CheckReal(code, args, count);
-      double x = Real(args[0]), lo = Real(args[1]), hi = Real(args[2]);
-      result = TValue::MakeDouble(lo > x ? lo : x > hi ? hi : x);
-      return;
-    }
-    case 78:
-    case 79: {
-      CheckCount(code, count, 1, 1);
-      CheckReal(code, args, count);
-      double threshold = context != nullptr ? context->LogicThreshold() : CEvalContext().LogicThreshold();
-      double x = Real(args[0]);
-      result = TValue::MakeBool(code == 78 ? x < threshold : x >= threshold);
-      return;
+  } else {
+    const double x = Real(base);
+    c.result = TValue::MakeDouble(x == 0 ? 0.0 : std::pow(x, p));
+  }
+}
+
+void SignedPow(const Call& c) {
+  c.Expect(2, 2, true);
+  const double x = c.Arg(0), y = c.Arg(1);
+  c.result = TValue::MakeDouble(x > 0 ? std::pow(x, y) : -std::pow(-x, y));
+}
+
+// abs of one value keeps its type; of several, the sum of the magnitudes.
+void Abs(const Call& c) {
+  c.Expect(1, kMany);
+  if (c.count > 1) {
+    double sum = 0;
+    for (int i = 0; i < c.count; i++) sum += Magnitude(c.args[i]);
+    c.result = TValue::MakeDouble(sum);
+    return;
+  }
+  const TValue& v = c.args[0];
+  switch (v.Type) {
+    case VT_COMPLEX: c.result = TValue::MakeDouble(Magnitude(v)); break;
+    case VT_DOUBLE: c.result = TValue::MakeDouble(std::fabs(v.Dbl)); break;
+    case VT_INT64:
+      c.result = TValue::MakeInt64(
+          v.I64 < 0 ? static_cast<int64_t>(0 - static_cast<uint64_t>(v.I64)) : v.I64);
+      break;
+    default: {
+      TValue i = v;
+      ConvertValue(i, VT_INT);
+      c.result = TValue::MakeInt(
+          i.I32 < 0 ? static_cast<int32_t>(0 - static_cast<uint32_t>(i.I32)) : i.I32);
     }
   }
+}
+
+void Sign(const Call& c) {
+  c.Expect(1, 1, true);
+  const double x = c.Arg(0);
+  c.result = TValue::MakeInt(x > 0 ? 1 : x < 0 ? -1 : 0);
+}
+
+void Decibel(const Call& c) {
+  c.Expect(1, 2, true);
+  double x = c.Arg(0);
+  if (c.count == 2) x /= c.Arg(1);
+  c.result = TValue::MakeDouble(20 * std::log10(std::fabs(x)));
+}
+
+void MinOrMax(const Call& c) {
+  if (c.count < 1) Raise("Functions 'min' and 'max' : wrong number of parameters");
+  MinMax(c.code, c.result, c.args, c.count);
+}
+
+void MeanOrSum(const Call& c) {
+  if (c.count < 1) Raise("Functions 'mean' and 'sum' : wrong number of parameters");
+  MeanSum(c.code, c.result, c.args, c.count);
+}
+
+void Cast(const Call& c) {
+  c.Expect(1, 1);
+  static const int kTypes[] = {VT_INT, VT_INT64, VT_DOUBLE, VT_DOUBLE, VT_COMPLEX, VT_BOOL};
+  TValue v = c.args[0];
+  ConvertValue(v, kTypes[c.code - OP_CAST_INT]);
+  c.result = v;
+}
+
+void TraceFunction(const Call& c) { Trace(c.code, c.result, c.component, c.simulation); }
+
+void RealImaginary(const Call& c) {
+  c.Expect(1, 1);
+  const TValue v = AsComplex(c.args[0]);
+  c.result = TValue::MakeDouble(c.code == FN_RE ? v.Dbl : v.Im);
+}
+
+void Random(const Call& c) {
+  c.Expect(1, 1, true);
+  c.result = TValue::MakeDouble(Rand15() * c.Arg(0) / 32767.0);
+}
+
+void GaussFunction(const Call& c) {
+  c.Expect(2, 2, true);
+  c.result = TValue::MakeDouble(Gauss(c.Arg(0), c.Arg(1)));
+}
+
+void ParallelFunction(const Call& c) {
+  c.Expect(1, kMany);
+  Parallel(c.result, c.args, c.count);
+}
+
+void Limit(const Call& c) {
+  c.Expect(3, 3, true);
+  const double x = c.Arg(0), lo = c.Arg(1), hi = c.Arg(2);
+  c.result = TValue::MakeDouble(lo > x ? lo : x > hi ? hi : x);
+}
+
+void LogicLevel(const Call& c) {
+  c.Expect(1, 1, true);
+  const double threshold =
+      c.context != nullptr ? c.context->LogicThreshold() : CEvalContext().LogicThreshold();
+  const double x = c.Arg(0);
+  c.result = TValue::MakeBool(c.code == FN_ISLOW ? x < threshold : x >= threshold);
+}
+
+// One row per code from FN_FLOOR to FN_ISHIGH, in code order: the name the
+// messages use and what the function computes.
+struct FunctionEntry {
+  int code;
+  const char* name;
+  void (*apply)(const Call&);
+};
+
+constexpr FunctionEntry kFunctions[] = {
+    {.code = FN_FLOOR, .name = "floor", .apply = FloorCeil},
+    {.code = FN_CEIL, .name = "ceil", .apply = FloorCeil},
+    {.code = FN_ROUND, .name = "round", .apply = Round},
+    {.code = FN_SIN, .name = "sin", .apply = Trigonometric},
+    {.code = FN_COS, .name = "cos", .apply = Trigonometric},
+    {.code = FN_TAN, .name = "tan", .apply = Trigonometric},
+    {.code = FN_ASIN, .name = "asin", .apply = InverseTrigonometric},
+    {.code = FN_ACOS, .name = "acos", .apply = InverseTrigonometric},
+    {.code = FN_ATAN, .name = "atan", .apply = InverseTrigonometric},
+    {.code = FN_ATAN2, .name = "atan2", .apply = Atan2},
+    {.code = FN_PHASE, .name = "phase", .apply = Phase},
+    {.code = FN_SQRT, .name = "sqrt", .apply = Sqrt},
+    {.code = FN_SQR, .name = "sqr", .apply = SignedSqrt},
+    {.code = FN_SQ, .name = "sq", .apply = Square},
+    {.code = FN_EXP, .name = "exp", .apply = Exp},
+    {.code = FN_LOG, .name = "log", .apply = Log},
+    {.code = FN_LOG10, .name = "log10", .apply = Log10Log2},
+    {.code = FN_LOG2, .name = "log2", .apply = Log10Log2},
+    {.code = FN_POW, .name = "pow", .apply = Pow},
+    {.code = FN_PWR, .name = "pwr", .apply = SignedPow},
+    {.code = FN_ABS, .name = "abs", .apply = Abs},
+    {.code = FN_SIGN, .name = "sign", .apply = Sign},
+    {.code = FN_DB, .name = "db", .apply = Decibel},
+    {.code = FN_MIN, .name = "?", .apply = MinOrMax},
+    {.code = FN_MAX, .name = "?", .apply = MinOrMax},
+    {.code = FN_MEAN, .name = "?", .apply = MeanOrSum},
+    {.code = FN_SUM, .name = "?", .apply = MeanOrSum},
+    {.code = OP_CAST_INT, .name = "int", .apply = Cast},
+    {.code = OP_CAST_INT64, .name = "int64", .apply = Cast},
+    {.code = OP_CAST_DOUBLE, .name = "double", .apply = Cast},
+    {.code = OP_CAST_FLOAT, .name = "double", .apply = Cast},
+    {.code = OP_CAST_COMPLEX, .name = "complex", .apply = Cast},
+    {.code = OP_CAST_BOOL, .name = "bool", .apply = Cast},
+    {.code = FN_V, .name = "V", .apply = TraceFunction},
+    {.code = FN_I, .name = "I", .apply = TraceFunction},
+    {.code = FN_P, .name = "P", .apply = TraceFunction},
+    {.code = FN_RE, .name = "re", .apply = RealImaginary},
+    {.code = FN_IM, .name = "im", .apply = RealImaginary},
+    {.code = FN_RANDOM, .name = "random", .apply = Random},
+    {.code = FN_GAUSS, .name = "gauss", .apply = GaussFunction},
+    {.code = FN_PAR, .name = "par", .apply = ParallelFunction},
+    {.code = FN_LIMIT, .name = "limit", .apply = Limit},
+    {.code = FN_ISLOW, .name = "islow", .apply = LogicLevel},
+    {.code = FN_ISHIGH, .name = "ishigh", .apply = LogicLevel},
+};
+static_assert(std::size(kFunctions) == OP_LAST_FUNCTION - OP_FIRST_FUNCTION + 1);
+
+constexpr bool InCodeOrder() {
+  for (size_t i = 0; i < std::size(kFunctions); ++i)
+    if (kFunctions[i].code != OP_FIRST_FUNCTION + static_cast<int>(i)) return false;
+  return true;
+}
+static_assert(InCodeOrder(), "kFunctions must list the codes in order");
+
+const FunctionEntry* EntryOf(int code) {
+  if (code < OP_FIRST_FUNCTION || code > OP_LAST_FUNCTION) return nullptr;
+  return &kFunctions[code - OP_FIRST_FUNCTION];
+}
+
+const char* MessageName(int code) {
+  const FunctionEntry* entry = EntryOf(code);
+  return entry != nullptr ? entry->name : "?";
+}
+
+}  // namespace
+
+void ApplyFunction(int code, TValue& result, const TValue* args, int count, CCmp* component,
+                   CEvalContext* context, CEvalSimulation* simulation) {
+  const FunctionEntry* entry = EntryOf(code);
+  if (entry == nullptr) return;
+  entry->apply(Call{code, result, args, count, component, context, simulation});
 }
 
 }  // namespace tz4
