@@ -10,6 +10,7 @@
 #include <string>
 
 #include "api/documents.h"
+#include "api/frame.h"
 #include "base/last_error.h"
 #include "doc/doc.h"
 #include "tz4.h"
@@ -39,10 +40,9 @@ int TZ4_GetLicense(void) {
 }
 
 int TZ4_Open(const char* name) {
-  try {
+  return Export("TZ4_Open: ", [&]() -> int {
     PositiveInfinity = std::numeric_limits<double>::infinity();
     NegativeInfinity = -std::numeric_limits<double>::infinity();
-    SetLastError("TZ4_Open: ");
     if (!name) {
       AppendError("NULL pointer");
       return -1;
@@ -59,34 +59,22 @@ int TZ4_Open(const char* name) {
     }
     // The licence gate admits every file.
     const int handle = AddDocument(std::move(doc));
-    SetLastError("OK");
     return handle;
-  } catch (...) {
-    return ReportCurrentException();
-  }
+  });
 }
 
 int TZ4_Save(int ncir) {
-  try {
-    SetLastError("TZ4_Save: ");
-    CDoc* doc = FindDocument(ncir);
-    if (!doc) return -1;
-    if (!doc->Save(doc->fileName)) {
-      AppendError("cannot save file " + doc->fileName);
+  return ExportOnDocument("TZ4_Save: ", ncir, [&](CDoc& doc) -> int {
+    if (!doc.Save(doc.fileName)) {
+      AppendError("cannot save file " + doc.fileName);
       return -1;
     }
-    SetLastError("OK");
     return 0;
-  } catch (...) {
-    return ReportCurrentException();
-  }
+  });
 }
 
 int TZ4_SaveAs(int ncir, const char* name) {
-  try {
-    SetLastError("TZ4_SaveAs: ");
-    CDoc* doc = FindDocument(ncir);
-    if (!doc) return -1;
+  return ExportOnDocument("TZ4_SaveAs: ", ncir, [&](CDoc& doc) -> int {
     if (!name) {
       AppendError("NULL pointer");
       return -1;
@@ -95,27 +83,20 @@ int TZ4_SaveAs(int ncir, const char* name) {
       AppendError("no file name");
       return -1;
     }
-    if (!doc->Save(name)) {
+    if (!doc.Save(name)) {
       AppendError(std::string("cannot save file ") + name);
       return -1;
     }
-    SetLastError("OK");
     return 0;
-  } catch (...) {
-    return ReportCurrentException();
-  }
+  });
 }
 
 int TZ4_Close(int ncir) {
-  try {
-    SetLastError("TZ4_Close: ");
+  return Export("TZ4_Close: ", [&]() -> int {
     if (!FindDocument(ncir)) return -1;
     RemoveDocument(ncir);
-    SetLastError("OK");
     return 0;
-  } catch (...) {
-    return ReportCurrentException();
-  }
+  });
 }
 
 }  // extern "C"

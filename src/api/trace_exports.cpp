@@ -8,6 +8,7 @@
 #include <string>
 
 #include "api/documents.h"
+#include "api/frame.h"
 #include "base/handles.h"
 #include "base/last_error.h"
 #include "doc/doc.h"
@@ -19,8 +20,7 @@ using namespace tz4;
 namespace {
 
 // The add family: checks the text, creates the trace and gives it a handle.
-int AddTraceOfType(const char* prefix, int ncir, const char* text, int type) {
-  SetLastError(prefix);
+int AddTraceOfType(int ncir, const char* text, int type) {
   if (!text) {
     AppendError("NULL pointer");
     return -1;
@@ -44,7 +44,6 @@ int AddTraceOfType(const char* prefix, int ncir, const char* text, int type) {
   }
   trace->handle = handle;
   doc->changeFlags |= CHANGE_TRACES;
-  SetLastError("OK");
   return handle;
 }
 
@@ -61,8 +60,7 @@ CTrace* FindDocumentTrace(int ncir, int ntrace) {
 extern "C" {
 
 int TZ4_GetTrace(int ncir, const char* name) {
-  try {
-    SetLastError("TZ4_GetTrace: ");
+  return Export("TZ4_GetTrace: ", [&]() -> int {
     if (!name) {
       AppendError("NULL pointer");
       return -1;
@@ -77,84 +75,50 @@ int TZ4_GetTrace(int ncir, const char* name) {
     if (index < 0) return -1;
     // A trace read from the file gets its handle when first asked for.
     const int handle = doc->traces.AssignHandle(*doc->traces[index]);
-    SetLastError("OK");
     return handle;
-  } catch (...) {
-    return ReportCurrentException();
-  }
+  });
 }
 
 int TZ4_AddVTrace(int ncir, const char* name) {
-  try {
-    return AddTraceOfType("TZ4_AddVTrace: ", ncir, name, TRACE_TYPE_VOLTAGE);
-  } catch (...) {
-    return ReportCurrentException();
-  }
+  return Export("TZ4_AddVTrace: ", [&] { return AddTraceOfType(ncir, name, TRACE_TYPE_VOLTAGE); });
 }
 
 int TZ4_AddITrace(int ncir, const char* name) {
-  try {
-    return AddTraceOfType("TZ4_AddITrace: ", ncir, name, TRACE_TYPE_CURRENT);
-  } catch (...) {
-    return ReportCurrentException();
-  }
+  return Export("TZ4_AddITrace: ", [&] { return AddTraceOfType(ncir, name, TRACE_TYPE_CURRENT); });
 }
 
 int TZ4_AddPTrace(int ncir, const char* name) {
-  try {
-    return AddTraceOfType("TZ4_AddPTrace: ", ncir, name, TRACE_TYPE_POWER);
-  } catch (...) {
-    return ReportCurrentException();
-  }
+  return Export("TZ4_AddPTrace: ", [&] { return AddTraceOfType(ncir, name, TRACE_TYPE_POWER); });
 }
 
 int TZ4_AddVarTrace(int ncir, const char* name) {
-  try {
-    return AddTraceOfType("TZ4_AddVarTrace: ", ncir, name, TRACE_TYPE_VARIABLE);
-  } catch (...) {
-    return ReportCurrentException();
-  }
+  return Export("TZ4_AddVarTrace: ",
+                [&] { return AddTraceOfType(ncir, name, TRACE_TYPE_VARIABLE); });
 }
 
 int TZ4_AddFuncTrace(int ncir, const char* text) {
-  try {
-    return AddTraceOfType("TZ4_AddFuncTrace: ", ncir, text, TRACE_TYPE_FUNCTION);
-  } catch (...) {
-    return ReportCurrentException();
-  }
+  return Export("TZ4_AddFuncTrace: ",
+                [&] { return AddTraceOfType(ncir, text, TRACE_TYPE_FUNCTION); });
 }
 
 int TZ4_DeleteTrace(int ncir, int ntrace) {
-  try {
-    SetLastError("TZ4_DeleteTrace: ");
-    CDoc* doc = FindDocument(ncir);
-    if (!doc) return -1;
-    CTrace* trace = doc->FindTraceByHandle(ntrace);
+  return ExportOnDocument("TZ4_DeleteTrace: ", ncir, [&](CDoc& doc) -> int {
+    CTrace* trace = doc.FindTraceByHandle(ntrace);
     if (!trace) return -1;
-    doc->DeleteTrace(trace);
-    SetLastError("OK");
+    doc.DeleteTrace(trace);
     return 0;
-  } catch (...) {
-    return ReportCurrentException();
-  }
+  });
 }
 
 int TZ4_SetTimeout(int ncir, int t) {
-  try {
-    SetLastError("TZ4_SetTimeout: ");
-    CDoc* doc = FindDocument(ncir);
-    if (!doc) return -1;
-    doc->settings.timeout = t;
-    SetLastError("OK");
+  return ExportOnDocument("TZ4_SetTimeout: ", ncir, [&](CDoc& doc) -> int {
+    doc.settings.timeout = t;
     return 0;
-  } catch (...) {
-    return ReportCurrentException();
-  }
+  });
 }
 
 int TZ4_SetStep(int ncir, double step) {
-  try {
-    SetLastError("TZ4_SetStep: ");
+  return Export("TZ4_SetStep: ", [&]() -> int {
     // Written so that a NaN step is refused as well.
     if (!(step > 0.0)) {
       AppendError("step <= 0");
@@ -164,29 +128,21 @@ int TZ4_SetStep(int ncir, double step) {
     if (!doc) return -1;
     // The driver compares it with the solver's step at its next entry.
     doc->settings.step = step;
-    SetLastError("OK");
     return 0;
-  } catch (...) {
-    return ReportCurrentException();
-  }
+  });
 }
 
 int TZ4_GetDataSize(int ncir, int ntrace) {
-  try {
-    SetLastError("TZ4_GetDataSize: ");
+  return Export("TZ4_GetDataSize: ", [&]() -> int {
     CTrace* trace = FindDocumentTrace(ncir, ntrace);
     if (!trace) return -1;
     const int count = trace->data.Count();
-    SetLastError("OK");
     return count;
-  } catch (...) {
-    return ReportCurrentException();
-  }
+  });
 }
 
 int TZ4_GetDataAt(int ncir, int ntrace, int index, double* t, double* v) {
-  try {
-    SetLastError("TZ4_GetDataAt: ");
+  return Export("TZ4_GetDataAt: ", [&]() -> int {
     if (!t || !v) {
       AppendError("NULL pointer");
       return -1;
@@ -197,16 +153,12 @@ int TZ4_GetDataAt(int ncir, int ntrace, int index, double* t, double* v) {
       AppendError("no data at requested index");
       return -1;
     }
-    SetLastError("OK");
     return 0;
-  } catch (...) {
-    return ReportCurrentException();
-  }
+  });
 }
 
 int TZ4_GetLastData(int ncir, int ntrace, double* t, double* v) {
-  try {
-    SetLastError("TZ4_GetLastData: ");
+  return Export("TZ4_GetLastData: ", [&]() -> int {
     if (!t || !v) {
       AppendError("NULL pointer");
       return -1;
@@ -221,16 +173,12 @@ int TZ4_GetLastData(int ncir, int ntrace, double* t, double* v) {
       return -1;
     }
     trace->data.GetAt(count - 1, t, v);
-    SetLastError("OK");
     return 0;
-  } catch (...) {
-    return ReportCurrentException();
-  }
+  });
 }
 
 int TZ4_GetData(int ncir, int ntrace, double t, double* v) {
-  try {
-    SetLastError("TZ4_GetData: ");
+  return Export("TZ4_GetData: ", [&]() -> int {
     if (!v) {
       AppendError("NULL pointer");
       return -1;
@@ -242,11 +190,8 @@ int TZ4_GetData(int ncir, int ntrace, double t, double* v) {
       AppendError("no data at requested t");
       return -1;
     }
-    SetLastError("OK");
     return 0;
-  } catch (...) {
-    return ReportCurrentException();
-  }
+  });
 }
 
 }  // extern "C"

@@ -8,6 +8,7 @@
 #include <string>
 
 #include "api/documents.h"
+#include "api/frame.h"
 #include "base/last_error.h"
 #include "components/cmp.h"
 #include "components/param_ops.h"
@@ -19,37 +20,22 @@ using namespace tz4;
 
 namespace {
 
-// The result of a strict parameter operation: a negative one is handed on
-// with the message that the operation appended; otherwise "OK".
-int Finish(int result) {
-  if (result < 0) return result;
-  SetLastError("OK");
-  return result;
-}
-
 // TZ4_GetInput and TZ4_GetOutput: the name is checked before the document
 // is looked up, then the document hands out the next number.
-int AddByName(const char* prefix, int ncir, const char* name, const char* emptyMessage,
-              int (CDoc::*add)(const char*)) {
-  try {
-    SetLastError(prefix);
-    if (!name) {
-      AppendError("NULL pointer");
-      return -1;
-    }
-    if (!*name) {
-      AppendError(emptyMessage);
-      return -1;
-    }
-    CDoc* doc = FindDocument(ncir);
-    if (!doc) return -1;
-    const int number = (doc->*add)(name);
-    if (number < 0) return -1;
-    SetLastError("OK");
-    return number;
-  } catch (...) {
-    return ReportCurrentException();
+int AddByName(int ncir, const char* name, const char* emptyMessage, int (CDoc::*add)(const char*)) {
+  if (!name) {
+    AppendError("NULL pointer");
+    return -1;
   }
+  if (!*name) {
+    AppendError(emptyMessage);
+    return -1;
+  }
+  CDoc* doc = FindDocument(ncir);
+  if (!doc) return -1;
+  const int number = (doc->*add)(name);
+  if (number < 0) return -1;
+  return number;
 }
 
 // The strict operations run on a parameter found by its path or by its
@@ -61,7 +47,7 @@ int OnNamedParam(int ncir, const char* name, Op&& op) {
   if (!doc) return -1;
   CParam param;
   if (!doc->FindParam(name, param)) return -1;
-  return Finish(op(*doc, param));
+  return (op(*doc, param));
 }
 
 template <class Op>
@@ -70,7 +56,7 @@ int OnNumberedParam(int ncir, int npar, Op&& op) {
   if (!doc) return -1;
   const CParam* param = doc->FindParamByNumber(npar);
   if (!param) return -1;
-  return Finish(op(*doc, *param));
+  return (op(*doc, *param));
 }
 
 }  // namespace
@@ -78,35 +64,26 @@ int OnNumberedParam(int ncir, int npar, Op&& op) {
 extern "C" {
 
 int TZ4_GetValue(int ncir, const char* name, double* v) {
-  try {
-    SetLastError("TZ4_GetValue: ");
+  return Export("TZ4_GetValue: ", [&]() -> int {
     if (!v) {
       AppendError("NULL pointer");
       return -1;
     }
     *v = 0.0;
-    return OnNamedParam(ncir, name, [&](CDoc&, const CParam& param) {
-      return GetValue(param, v);
-    });
-  } catch (...) {
-    return ReportCurrentException();
-  }
+    return OnNamedParam(ncir, name, [&](CDoc&, const CParam& param) { return GetValue(param, v); });
+  });
 }
 
 int TZ4_SetValue(int ncir, const char* name, double v) {
-  try {
-    SetLastError("TZ4_SetValue: ");
+  return Export("TZ4_SetValue: ", [&]() -> int {
     return OnNamedParam(ncir, name, [&](CDoc& doc, const CParam& param) {
       return SetValue(param, v, &doc.changeFlags);
     });
-  } catch (...) {
-    return ReportCurrentException();
-  }
+  });
 }
 
 int TZ4_GetText(int ncir, const char* name, char* text, int length) {
-  try {
-    SetLastError("TZ4_GetText: ");
+  return Export("TZ4_GetText: ", [&]() -> int {
     if (!text) {
       AppendError("NULL pointer");
       return -1;
@@ -117,17 +94,13 @@ int TZ4_GetText(int ncir, const char* name, char* text, int length) {
     }
     // A negative length declares a buffer without room: nothing is written.
     if (length > 0) text[0] = '\0';
-    return OnNamedParam(ncir, name, [&](CDoc&, const CParam& param) {
-      return GetText(param, text, length);
-    });
-  } catch (...) {
-    return ReportCurrentException();
-  }
+    return OnNamedParam(ncir, name,
+                        [&](CDoc&, const CParam& param) { return GetText(param, text, length); });
+  });
 }
 
 int TZ4_SetText(int ncir, const char* name, const char* text) {
-  try {
-    SetLastError("TZ4_SetText: ");
+  return Export("TZ4_SetText: ", [&]() -> int {
     if (!text) {
       AppendError("NULL pointer");
       return -1;
@@ -135,55 +108,39 @@ int TZ4_SetText(int ncir, const char* name, const char* text) {
     return OnNamedParam(ncir, name, [&](CDoc& doc, const CParam& param) {
       return SetText(param, text, &doc.cmps, &doc.changeFlags);
     });
-  } catch (...) {
-    return ReportCurrentException();
-  }
+  });
 }
 
 int TZ4_GetParam(int ncir, const char* name) {
-  try {
-    SetLastError("TZ4_GetParam: ");
-    CDoc* doc = FindDocument(ncir);
-    if (!doc) return -1;
+  return ExportOnDocument("TZ4_GetParam: ", ncir, [&](CDoc& doc) -> int {
     CParam param;
-    if (!doc->FindParam(name, param)) return -1;
-    const int number = doc->GetParamNumber(param);
-    SetLastError("OK");
+    if (!doc.FindParam(name, param)) return -1;
+    const int number = doc.GetParamNumber(param);
     return number;
-  } catch (...) {
-    return ReportCurrentException();
-  }
+  });
 }
 
 int TZ4_GetParamValue(int ncir, int npar, double* v) {
-  try {
-    SetLastError("TZ4_GetParamValue: ");
+  return Export("TZ4_GetParamValue: ", [&]() -> int {
     if (!v) {
       AppendError("NULL pointer");
       return -1;
     }
-    return OnNumberedParam(ncir, npar, [&](CDoc&, const CParam& param) {
-      return GetValue(param, v);
-    });
-  } catch (...) {
-    return ReportCurrentException();
-  }
+    return OnNumberedParam(ncir, npar,
+                           [&](CDoc&, const CParam& param) { return GetValue(param, v); });
+  });
 }
 
 int TZ4_SetParamValue(int ncir, int npar, double v) {
-  try {
-    SetLastError("TZ4_SetParamValue: ");
+  return Export("TZ4_SetParamValue: ", [&]() -> int {
     return OnNumberedParam(ncir, npar, [&](CDoc& doc, const CParam& param) {
       return SetValue(param, v, &doc.changeFlags);
     });
-  } catch (...) {
-    return ReportCurrentException();
-  }
+  });
 }
 
 int TZ4_GetParamText(int ncir, int npar, char* text, int length) {
-  try {
-    SetLastError("TZ4_GetParamText: ");
+  return Export("TZ4_GetParamText: ", [&]() -> int {
     if (!text) {
       AppendError("NULL pointer");
       return -1;
@@ -192,17 +149,13 @@ int TZ4_GetParamText(int ncir, int npar, char* text, int length) {
       AppendError("length = 0");
       return -1;
     }
-    return OnNumberedParam(ncir, npar, [&](CDoc&, const CParam& param) {
-      return GetText(param, text, length);
-    });
-  } catch (...) {
-    return ReportCurrentException();
-  }
+    return OnNumberedParam(
+        ncir, npar, [&](CDoc&, const CParam& param) { return GetText(param, text, length); });
+  });
 }
 
 int TZ4_SetParamText(int ncir, int npar, const char* text) {
-  try {
-    SetLastError("TZ4_SetParamText: ");
+  return Export("TZ4_SetParamText: ", [&]() -> int {
     if (!text) {
       AppendError("no text");
       return -1;
@@ -210,40 +163,33 @@ int TZ4_SetParamText(int ncir, int npar, const char* text) {
     return OnNumberedParam(ncir, npar, [&](CDoc& doc, const CParam& param) {
       return SetText(param, text, &doc.cmps, &doc.changeFlags);
     });
-  } catch (...) {
-    return ReportCurrentException();
-  }
+  });
 }
 
 int TZ4_GetInput(int ncir, const char* name) {
-  return AddByName("TZ4_GetInput: ", ncir, name, "no input name", &CDoc::AddInput);
+  return Export("TZ4_GetInput: ",
+                [&] { return AddByName(ncir, name, "no input name", &CDoc::AddInput); });
 }
 
 int TZ4_SetInputValue(int ncir, int nin, double v) {
-  try {
-    SetLastError("TZ4_SetInputValue: ");
-    CDoc* doc = FindDocument(ncir);
-    if (!doc) return -1;
-    if (nin < 0 || static_cast<size_t>(nin) >= doc->inputs.size()) {
+  return ExportOnDocument("TZ4_SetInputValue: ", ncir, [&](CDoc& doc) -> int {
+    if (nin < 0 || static_cast<size_t>(nin) >= doc.inputs.size()) {
       AppendError("wrong input number");
       return -1;
     }
     // Taken up at the next evaluation of a run; no flag, no check.
-    *doc->inputs[static_cast<size_t>(nin)] = v;
-    SetLastError("OK");
+    *doc.inputs[static_cast<size_t>(nin)] = v;
     return 0;
-  } catch (...) {
-    return ReportCurrentException();
-  }
+  });
 }
 
 int TZ4_GetOutput(int ncir, const char* name) {
-  return AddByName("TZ4_GetOutput: ", ncir, name, "no label name", &CDoc::AddOutput);
+  return Export("TZ4_GetOutput: ",
+                [&] { return AddByName(ncir, name, "no label name", &CDoc::AddOutput); });
 }
 
 int TZ4_GetOutputValue(int ncir, int nout, double* v) {
-  try {
-    SetLastError("TZ4_GetOutputValue: ");
+  return Export("TZ4_GetOutputValue: ", [&]() -> int {
     if (!v) {
       AppendError("NULL pointer");
       return -1;
@@ -257,11 +203,8 @@ int TZ4_GetOutputValue(int ncir, int nout, double* v) {
     // During a run the label's pin holds its index in the solution vector.
     const CCmp* label = doc->outputs[static_cast<size_t>(nout)];
     *v = doc->running && !label->pins.empty() ? doc->calc->V(label->pins[0]) : 0.0;
-    SetLastError("OK");
     return 0;
-  } catch (...) {
-    return ReportCurrentException();
-  }
+  });
 }
 
 }  // extern "C"
