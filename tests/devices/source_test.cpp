@@ -1,5 +1,4 @@
-// Independent sources: type and model tables, the signal's parameters under
-// the source's names, the file element with its "Signal" child.
+// Independent sources: the file element with its "Signal" child, the IC text.
 #include <gtest/gtest.h>
 
 #include "components/param_ops.h"
@@ -9,74 +8,9 @@
 namespace tz4 {
 namespace {
 
-using devtest::ExpectParams;
 using devtest::ExpectRoundTrip;
-using devtest::ExpectType;
 using devtest::Load;
 using devtest::Store;
-
-TEST(SourceTypes, TablesAsTheFileAndHostSeeThem) {
-  const std::vector<devtest::ModelRow> signalRows = {
-      {"Pulse", 2, 1, 23}, {"Step", 3, 1, 23},     {"Sin", 4, 1, 23},   {"PWL", 8, 1, 23},
-      {"Function", 5, 1, 23}, {"File", 6, 1, 23}, {"Trace", 53, 1, 23}, {"SubCir", 7, 0, 5}};
-  std::vector<devtest::ModelRow> voltage = {{"V", 13, 1, 23}};
-  voltage.insert(voltage.end(), signalRows.begin(), signalRows.end());
-  ExpectType("V_V", 2, "Voltage source", voltage);
-  std::vector<devtest::ModelRow> current = {{"I", 13, 1, 23}};
-  current.insert(current.end(), signalRows.begin(), signalRows.end());
-  ExpectType("I_I", 2, "Current source", current);
-}
-
-TEST(SourceParams, SignalSettingsUnderTheSourcesNames) {
-  for (const char* tag : {"V_V", "I_I"}) {
-    const std::string letter = tag[0] == 'V' ? "V" : "I";
-    const char* high = letter == "V" ? "V1" : "I1";
-    const char* low = letter == "V" ? "V0" : "I0";
-    auto v = devtest::CreateAs<CElemV>(tag);
-    ExpectParams(*v, letter, {{letter.c_str(), PK_VALUE}});
-    ExpectParams(*v, "Pulse",
-                 {{high, PK_VALUE}, {low, PK_VALUE}, {"Period", PK_VALUE}, {"Width", PK_VALUE},
-                  {"Slope", PK_ENUM}, {"Rise", PK_VALUE}, {"Fall", PK_VALUE}, {"Delay", PK_VALUE}});
-    ExpectParams(*v, "Step",
-                 {{high, PK_VALUE}, {low, PK_VALUE}, {"Slope", PK_ENUM}, {"Rise", PK_VALUE},
-                  {"Delay", PK_VALUE}});
-    ExpectParams(*v, "Sin",
-                 {{high, PK_VALUE}, {low, PK_VALUE}, {"Period", PK_VALUE}, {"Phase", PK_VALUE},
-                  {"Delay", PK_VALUE}});
-    ExpectParams(*v, "PWL", {{"pwl", PK_PWL_SOURCE}, {"Cycle", PK_YES_NO}, {"Delay", PK_VALUE}});
-    ExpectParams(*v, "Function", {{"F(t)", PK_FORMULA_TEXT}});
-    ExpectParams(*v, "File", {{"File", PK_DATA_FILE}, {"Cycle", PK_YES_NO}, {"Delay", PK_VALUE}});
-    ExpectParams(*v, "Trace", {{"Trace", PK_NAME}, {"Cycle", PK_YES_NO}, {"Delay", PK_VALUE}});
-  }
-
-  // The rows reach this source's own signal.
-  auto i = devtest::CreateAs<CElemV>("I_I");
-  devtest::SelectModel(*i, "Pulse");
-  CParam param;
-  ASSERT_TRUE(i->FindParam("i1", param));
-  EXPECT_EQ(SetText(param, "2.5", nullptr, nullptr), 0);
-  EXPECT_EQ(i->Signal.U1.Value, 2.5);
-  ASSERT_TRUE(i->FindParam("Slope", param));
-  EXPECT_EQ(SetText(param, "Cos", nullptr, nullptr), 0);
-  EXPECT_EQ(i->Signal.Slope.Index, 1);
-  EXPECT_FALSE(i->FindParam("V1", param));
-  devtest::SelectModel(*i, "PWL");
-  ASSERT_TRUE(i->FindParam("cycle", param));
-  EXPECT_EQ(SetText(param, "Yes", nullptr, nullptr), 0);
-  EXPECT_EQ(i->Signal.Cycle, 1);
-}
-
-TEST(SourceArchive, ConstantSourceWithoutSignal) {
-  const std::string element =
-      "<Cmp type=\"V_V\" id=\"1\" name=\"V1\" file_name=\"\" view=\"0\" node0=\"1\" node1=\"0\" "
-      "model=\"V\" v=\"5\" />";
-  ExpectRoundTrip<CElemV>("V_V", element);
-  auto v = Load<CElemV>("V_V", "<Cmp type=\"V_V\" id=\"1\" name=\"V1\" node0=\"1\" node1=\"0\" model=\"V\" />");
-  ASSERT_NE(v, nullptr);
-  EXPECT_EQ(v->Value.Value, 10.0);
-  EXPECT_EQ(v->Signal.U1.Value, 10.0);
-  EXPECT_EQ(v->Signal.PwlText, "0,0");
-}
 
 TEST(SourceArchive, SignalChildStoresBackUnchanged) {
   ExpectRoundTrip<CElemV>(
