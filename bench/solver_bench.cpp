@@ -43,7 +43,7 @@ class DenseSystem {
   // by copying its one storage block, its masks and its row pointers.
   void Save() {
     const size_t n = static_cast<size_t>(calc.dim);
-    storage.assign(calc.storage.get(), calc.storage.get() + 2 * n * n);
+    storage.assign(Raw(calc).storage.get(), Raw(calc).storage.get() + 2 * n * n);
     masksA.resize(n * n);
     masksB.resize(n * n);
     for (size_t i = 0; i < n; ++i) {
@@ -60,7 +60,7 @@ class DenseSystem {
 
   void Restore() {
     const size_t n = static_cast<size_t>(calc.dim);
-    std::memcpy(calc.storage.get(), storage.data(), storage.size() * sizeof(double));
+    std::memcpy(Raw(calc).storage.get(), storage.data(), storage.size() * sizeof(double));
     Raw(calc).A = rowsA;
     Raw(calc).B = rowsB;
     Raw(calc).maskA = maskRowsA;

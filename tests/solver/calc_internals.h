@@ -2,6 +2,7 @@
 // vectors and masks that devices reach only through the checked writes.
 #pragma once
 #include <cstdint>
+#include <memory>
 #include <vector>
 
 #include "solver/calc.h"
@@ -10,8 +11,9 @@ namespace tz4 {
 
 struct CCalcInternals {
   explicit CCalcInternals(CCalc& calc)
-      : A(calc.A), B(calc.B), maskA(calc.maskA), maskB(calc.maskB), c(calc.c), s(calc.s),
+      : storage(calc.storage), A(calc.A), B(calc.B), maskA(calc.maskA), maskB(calc.maskB), c(calc.c), s(calc.s),
         sB(calc.sB), sPrev(calc.sPrev), rowMark(calc.rowMark), rowFree(calc.rowFree) {}
+  std::unique_ptr<double[]>& storage;
   std::vector<double*>& A;
   std::vector<double*>& B;
   std::vector<uint8_t*>& maskA;
