@@ -237,33 +237,5 @@ const char* const kOrder[] = {
     "Y_3", "Y_CUSTOM", "Y_FUNCTION", "Y_BUS", "Y_FF", "Y_RS", "Y_JK", "Y_ST", "Y_LG", "X_Line",
     "X_SH", "X_DC", "X_B2", "X_B3", "X_B4", "X_B6", "X_B8", "X_CUSTOM", "X_TZ4", "X_C", "X_DLL"};
 
-TEST(ElemSet, TypesStandInTheFixedOrder) {
-  const CElemSet& set = ComponentTypes();
-  size_t next = 0;
-  for (const ElemType* type : set.Types()) {
-    while (next < std::size(kOrder) && std::string(kOrder[next]) != type->tag) next++;
-    ASSERT_LT(next, std::size(kOrder)) << type->tag << " out of order or not a listed tag";
-    EXPECT_EQ(set.Find(type->tag), type);
-    next++;
-  }
-}
-
-TEST(ElemSet, CreateComparesTagsExactly) {
-  const CElemSet& set = ComponentTypes();
-  EXPECT_EQ(set.Create("NO_SUCH"), nullptr);
-  EXPECT_EQ(set.Create(""), nullptr);
-  EXPECT_EQ(set.Find("label"), nullptr);
-  EXPECT_EQ(set.Find("var"), nullptr);
-  for (const ElemType* type : set.Types()) {
-    std::string lower = type->tag;
-    for (char& c : lower) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-    EXPECT_EQ(set.Find(lower), nullptr);
-    auto cmp = set.Create(type->tag);
-    ASSERT_NE(cmp, nullptr) << type->tag;
-    EXPECT_EQ(cmp->type, type);
-    EXPECT_EQ(cmp->models, type->models);
-  }
-}
-
 }  // namespace
 }  // namespace tz4

@@ -53,57 +53,9 @@ std::unique_ptr<CCmp> Named(const std::string& name, bool label = false, bool va
   return cmp;
 }
 
-std::vector<std::string> Names(const CCmps& cmps) {
-  std::vector<std::string> names;
-  for (int i = 0; i < cmps.Count(); i++) names.push_back(cmps[i]->name);
-  return names;
-}
-
 void AddSorted(CCmps& cmps, const std::vector<std::string>& names) {
   for (const std::string& name : names) cmps.Add(Named(name));
   cmps.Sort();
-}
-
-std::vector<std::string> Sorted(const std::vector<std::string>& names) {
-  CCmps cmps;
-  AddSorted(cmps, names);
-  return Names(cmps);
-}
-
-TEST(CmpsOrder, NamesSortByFirstLetterThenNumberThenWholeName) {
-  using NameList = std::vector<std::string>;
-  const std::pair<NameList, NameList> cases[] = {
-      {{"R10", "R2", "C1", "X1", "R1"}, {"C1", "R1", "R2", "R10", "X1"}},  // numbers behind the letter count
-      {{"r1", "R2"}, {"R2", "r1"}},                                        // the first character by case
-      {{"Ra", "R1"}, {"R1", "Ra"}},
-      // A one-character name compares equal to any of its first letter.
-      {{"Rb", "RA", "R"}, {"RA", "Rb", "R"}},
-      {{"Rc", "rB", "RA"}, {"RA", "Rc", "rB"}},
-      {{"R1b", "R1a", "R01", "C5"}, {"C5", "R1b", "R1a", "R01"}},  // equal numbers keep file order
-      {{"X3", "X2", "X1", "C3", "C2", "C1", "A1"}, {"A1", "C1", "C2", "C3", "X1", "X2", "X3"}},
-  };
-  for (const auto& [names, sorted] : cases) EXPECT_EQ(Sorted(names), sorted) << names[0];
-}
-
-TEST(CmpsOrder, LabelsThenVariablesGoLast) {
-  CCmps cmps;
-  cmps.Add(Named("b", false, true));
-  cmps.Add(Named("A", true));
-  cmps.Add(Named("Z9"));
-  cmps.Add(Named("a", false, true));
-  cmps.Add(Named("0", true));
-  cmps.Sort();
-  EXPECT_EQ(Names(cmps), (std::vector<std::string>{"Z9", "0", "A", "a", "b"}));
-}
-
-TEST(CmpsOrder, SingleComponentIsNotCompared) {
-  CCmps cmps;
-  cmps.Add(Named("R1"));
-  cmps.Sort();
-  EXPECT_EQ(static_cast<CCountingCmp*>(cmps[0])->questions, 0);
-  cmps.Add(Named("C1"));
-  cmps.Sort();
-  EXPECT_EQ(Names(cmps), (std::vector<std::string>{"C1", "R1"}));
 }
 
 TEST(CmpsFind, NamesIgnoreCaseAndFirstMatchWins) {
@@ -351,81 +303,6 @@ TEST(CmpsCheck, OnlyConnectedComponentsAreCheckedAndAllOfThem) {
   EXPECT_EQ(pinless->checks, 1);
   EXPECT_EQ(unset->checks, 0);
   EXPECT_EQ(LastError(), "A2 : bad; A4 : bad; ");
-}
-
-TEST(CmpsNodes, OffsetSaveAndRestore) {
-  CCmps cmps;
-  cmps.Add(MakeTestCmp("A"));
-  cmps.Add(MakeTestCmp("B"));
-  cmps[0]->pins = {1, 0};
-  cmps[1]->pins = {-1, 4};
-  EXPECT_EQ(cmps.SaveNodes(), (std::vector<int32_t>{1, 0, -1, 4}));
-  const std::vector<int32_t> saved = cmps.SaveNodes();
-  EXPECT_EQ(cmps.OffsetNodes(10), 14);
-  EXPECT_EQ(cmps.SaveNodes(), (std::vector<int32_t>{11, 0, -1, 14}));
-  cmps.RestoreNodes(nullptr);
-  EXPECT_EQ(cmps.SaveNodes(), (std::vector<int32_t>{11, 0, -1, 14}));
-  cmps.RestoreNodes(saved.data());
-  EXPECT_EQ(cmps.SaveNodes(), saved);
-  CCmps empty;
-  EXPECT_EQ(empty.OffsetNodes(3), 0);
-}
-
-TEST(CmpsSerialize, StoresOneElementPerComponentInOrder) {
-  CCmps cmps;
-  cmps.Add(MakeTestCmp("R2"));
-  cmps.Add(MakeTestCmp("R1"));
-  CXmlNode element("Cmps");
-  EXPECT_TRUE(cmps.Serialize(&element, ComponentTypes()));
-  ASSERT_EQ(element.GetChildCount(), 2);
-  EXPECT_EQ(element.GetChild(0)->name, "Cmp");
-  EXPECT_EQ(element.GetChild(0)->GetEncodedAttribute("name", ""), "R2");
-  EXPECT_EQ(element.GetChild(1)->GetAttribute("type"), "T_TEST");
-  EXPECT_FALSE(cmps.Serialize(nullptr, ComponentTypes()));
-}
-
-TEST(CmpsSerialize, UnknownTypesStopTheLoad) {
-  if (ComponentTypes().Find("R_R") == nullptr) GTEST_SKIP() << "resistors not linked";
-  CXmlNode element("Cmps");
-  ASSERT_EQ(element.LoadFromText("<Cmps>"
-                                 "<Cmp type=\"R_R\" id=\"1\" name=\"R2\" node0=\"1\" node1=\"0\" model=\"R\" />"
-                                 "<Cmp type=\"R_R\" id=\"2\" name=\"R1\" node0=\"1\" node1=\"0\" model=\"R\" />"
-                                 "<Cmp type=\"r_r\" id=\"3\" name=\"R3\" />"
-                                 "<Cmp type=\"R_R\" id=\"4\" name=\"R0\" model=\"R\" />"
-                                 "</Cmps>"),
-            0);
-  SetLastError("");
-  CCmps cmps;
-  EXPECT_FALSE(cmps.Serialize(&element, ComponentTypes()));
-  EXPECT_EQ(LastError(), "Component type 'r_r' not found");
-  EXPECT_EQ(Names(cmps), (std::vector<std::string>{"R2", "R1"}));  // kept, not sorted
-}
-
-TEST(CmpsSerialize, LoadsSortsAndKeepsBadModels) {
-  if (ComponentTypes().Find("R_R") == nullptr) GTEST_SKIP() << "resistors not linked";
-  CXmlNode element("Cmps");
-  ASSERT_EQ(element.LoadFromText("<Cmps>"
-                                 "<Cmp type=\"var\" id=\"5\" name=\"v\" />"
-                                 "<Cmp type=\"label\" id=\"4\" name=\"in\" node0=\"1\" model=\"Label\" />"
-                                 "<Cmp type=\"R_R\" id=\"1\" name=\"R10\" node0=\"1\" node1=\"0\" model=\"R\" />"
-                                 "<Cmp type=\"R_R\" id=\"2\" name=\"R9\" node0=\"1\" node1=\"0\" model=\"Nope\" />"
-                                 "</Cmps>"),
-            0);
-  SetLastError("");
-  CCmps cmps;
-  EXPECT_TRUE(cmps.Serialize(&element, ComponentTypes()));
-  EXPECT_NE(LastError().find("Model 'Nope' not found for R9"), std::string::npos) << LastError();
-  ASSERT_EQ(cmps.Count(), 4);
-  EXPECT_EQ(cmps[0]->name, "R9");
-  EXPECT_EQ(cmps[1]->name, "R10");
-  EXPECT_TRUE(cmps[2]->IsLabel());
-  EXPECT_TRUE(cmps[3]->IsVariable());
-  EXPECT_EQ(cmps[3]->id, 5);
-  CXmlNode empty("Cmps");
-  empty.storing = false;
-  CCmps none;
-  EXPECT_TRUE(none.Serialize(&empty, ComponentTypes()));
-  EXPECT_EQ(none.Count(), 0);
 }
 
 }  // namespace

@@ -582,46 +582,5 @@ TEST_F(SignalTest, ShiftTimeMovesTheOrigin) {
 
 // ---- archive ----
 
-TEST(SignalArchive, MissingElementKeepsDefaults) {
-  CXmlNode node("Cmp");
-  ASSERT_EQ(node.LoadFromText("<Cmp v=\"1\" />"), 0);
-  CSignal s;
-  s.Serialize(node);
-  EXPECT_FALSE(s.Loaded);
-  EXPECT_EQ(s.U0.Value, 0);
-  EXPECT_EQ(s.U1.Value, 10);
-  EXPECT_EQ(s.Period.Value, 1);
-  EXPECT_EQ(s.Width.Value, 0.5);
-  EXPECT_EQ(s.Slope.Index, SLOPE_LINEAR);
-  EXPECT_STREQ(s.Slope.Names[2], "Log");
-  EXPECT_EQ(s.Function, "10");
-  EXPECT_EQ(s.PwlText, "0,0");
-  EXPECT_EQ(s.Cycle, 0);
-  ASSERT_NE(s.Variables.Find("T"), nullptr);
-}
-
-TEST(SignalArchive, AttributesLoadAndStore) {
-  const std::string element =
-      "<Cmp><Signal u0=\"1\" u1=\"2\" p=\"3\" w=\"4\" s=\"2\" r=\"5\" f=\"6\" d=\"7\" ph_str=\"%3dphi\" "
-      "ph=\"45\" function=\"t*2+%3c+1\" file=\"a%22b.txt\" pwl=\"0+1%3b2+3\" trace=\"V(R1)\" "
-      "c=\"1\" /></Cmp>";
-  CXmlNode node("Cmp");
-  ASSERT_EQ(node.LoadFromText(element), 0);
-  CSignal s;
-  s.Serialize(node);
-  EXPECT_TRUE(s.Loaded);
-  EXPECT_EQ(s.Slope.Index, SLOPE_LOG);
-  EXPECT_EQ(s.Phase.Text, "=phi");
-  EXPECT_EQ(s.Function, "t*2 < 1");
-  EXPECT_EQ(s.FileName, "a\"b.txt");
-  EXPECT_EQ(s.PwlText, "0 1;2 3");
-  EXPECT_EQ(s.TraceName, "V(R1)");
-  EXPECT_EQ(s.Cycle, 1);
-
-  CXmlNode out("Cmp");
-  s.Serialize(out);
-  EXPECT_EQ(out.WriteInline(), element);
-}
-
 }  // namespace
 }  // namespace tz4

@@ -308,31 +308,6 @@ TEST(CapacitorTable, CurrentControlledSensesThroughItsSecondRow) {
 
 // ------------------------------------------------------- initial conditions
 
-TEST(CapacitorSaveIC, WritesTheVoltageReachedOrNothing) {
-  Bench bench;
-  bench.Load(
-      "<Cmp type=\"C_C\" id=\"1\" name=\"C1\" node0=\"0\" node1=\"1\" model=\"C\" c=\"1e-6\" />");
-  bench.Source("V1", 0, 2, 2.5);
-  bench.Resistor("R1", 2, 1, 1000.0);
-  ASSERT_TRUE(bench.Build());
-  CElemC& c = bench.C("C1");
-  std::string text;
-  bench.calc.SaveIC();
-  EXPECT_EQ(c.ICText, "");
-  EXPECT_EQ(c.GetICText(text), "C1.IC=\"\"");
-  ASSERT_EQ(bench.Initial(), 0);
-  bench.calc.AcceptAll();
-  bench.calc.SaveIC();
-  EXPECT_EQ(c.ICText, "2.5");
-  EXPECT_EQ(c.GetICText(text), "C1.IC=2.5");
-  // The saved text is what the next fresh start reads.
-  c.prevModelId = 0;
-  bench.calc.ClearRunList();
-  EXPECT_EQ(bench.calc.AddComponents(bench.cmps), 0);
-  EXPECT_TRUE(c.HasValue);
-  EXPECT_EQ(c.Voltage, 2.5);
-}
-
 // ------------------------------------------------------------------ checks
 
 TEST(CapacitorCheck, FormulaErrorIsReportedByName) {

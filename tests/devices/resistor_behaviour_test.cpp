@@ -89,52 +89,6 @@ std::string Pot(const std::string& r, const std::string& p) {
          "model=\"Potentiometer\" r=\"" + r + "\" p=\"" + p + "\" />";
 }
 
-TEST(ResistorRun, DividerAndTheTraceResistance) {
-  Bench bench(Source("V1", 0, 1, 10) + Resistor("R1", 1, 2, "1000") + Resistor("R2", 2, 0, "3000"));
-  ASSERT_EQ(bench.Build(), 0);
-  EXPECT_EQ(bench.R("R1").GetExtraRows(), 0);
-  ASSERT_EQ(bench.Solve(), 0) << bench.calc.error;
-  EXPECT_NEAR(bench.V(2), 7.5, 1e-12);
-  EXPECT_NEAR(bench.Row("V1"), 2.5e-3, 1e-15);  // delivered out of the source's second pin
-
-  int a = 0, b = 0, row = 0;
-  double value = 0;
-  ASSERT_TRUE(bench.R("R2").GetTraceInfo(1, a, b, row, value));
-  EXPECT_EQ(row, 0);
-  EXPECT_EQ(value, 3000.0);
-  // The current runs from the second pin to the first: V / R.
-  EXPECT_NEAR((bench.V(b) - bench.V(a)) / value, -2.5e-3, 1e-15);
-}
-
-TEST(ResistorRun, ZeroTakesARowAndCarriesTheCurrent) {
-  Bench bench(Source("V1", 0, 1, 10) + Resistor("R0", 1, 2, "0") + Resistor("RL", 2, 0, "1000"));
-  ASSERT_EQ(bench.Build(), 0);
-  EXPECT_EQ(bench.R("R0").GetExtraRows(), 1);
-  ASSERT_GT(bench.R("R0").firstRow, 0);
-  ASSERT_EQ(bench.Solve(), 0) << bench.calc.error;
-  EXPECT_NEAR(bench.V(2), 10.0, 1e-12);
-  // 10 mA from node 1 (first pin) to node 2: against the positive sense.
-  EXPECT_NEAR(bench.Row("R0"), -0.01, 1e-15);
-}
-
-TEST(ResistorRun, InfiniteWritesNothingAndTracesNoCurrent) {
-  Bench bench(Source("V1", 0, 1, 10) + Resistor("R1", 1, 2, "1000") + Resistor("RX", 2, 0, "inf") +
-              Resistor("R2", 2, 0, "1000") + Resistor("RY", 3, 0, "inf"));
-  ASSERT_EQ(bench.Build(), 0);
-  EXPECT_EQ(bench.R("RX").GetExtraRows(), 0);
-  ASSERT_TRUE(bench.calc.StampMatrices(0.0));
-  // Node 3 has nothing but the open resistor: its row stays empty.
-  EXPECT_EQ(Raw(bench.calc).maskA[3][0], 0);
-  ASSERT_EQ(bench.Solve(), 0);
-  EXPECT_EQ(Raw(bench.calc).rowMark[3], 1);  // node 3 is free
-  EXPECT_NEAR(bench.V(2), 5.0, 1e-12);
-  int a = 0, b = 0, row = 0;
-  double value = 0;
-  ASSERT_TRUE(bench.R("RX").GetTraceInfo(1, a, b, row, value));
-  EXPECT_TRUE(std::isinf(value));
-  EXPECT_EQ((bench.V(b) - bench.V(a)) / value, 0.0);
-}
-
 // End a at 10 V, end b through 1 kOhm to ground, the wiper (node 2) open:
 // 2.5 mA through the whole track. At an end the wiper is shorted to that
 // end by a row of its own, which carries the track's current.
@@ -268,19 +222,6 @@ TEST(ResistorTable, StateOutsideANewTableStartsAtTheOrigin) {
   EXPECT_NEAR(bench.Row("RT"), 0.25, 1e-12);
 }
 
-TEST(ResistorTableOfCurrent, AFaultyTextIsReportedOnEntryOnce) {
-  Bench bench(Source("V1", 0, 1, 5) + Table("R_R", "PWL-I", "RI", "node0=\"0\" node1=\"1\"", "1,2"));
-  SetLastError("");
-  EXPECT_EQ(bench.Build(), -1);
-  EXPECT_EQ(LastError(), "RI : Wrong number of PWL parameters; ");
-  // A restart clears the table, so the fault is reported again.
-  CElemR& ri = bench.R("RI");
-  ri.Stamp(bench.calc, STAMP_RESET, 0.0);
-  SetLastError("");
-  EXPECT_EQ(ri.Stamp(bench.calc, STAMP_INIT, 0.0), -1);
-  EXPECT_EQ(LastError(), "RI : Wrong number of PWL parameters; ");
-}
-
 // A voltage-controlled resistor: 1 kOhm while |Vc| < 1 V, 10 Ohm beyond.
 // 10 V through 1 kOhm into it; the control is a second source.
 std::string VcrCircuit(double control) {
@@ -344,16 +285,6 @@ TEST(ControlledResistor, CurrentControlIsSensedInTheSecondRow) {
   ASSERT_EQ(bench.Solve(), 0);
   EXPECT_NEAR(bench.V(2), 10.0 * 10 / 1010, 1e-12);
   EXPECT_NEAR(bench.Row("RC"), 10.0 / 1010, 1e-12);
-}
-
-TEST(ResistorFunction, IsOneOhmWhateverTheLaplaceText) {
-  Bench bench(Source("V1", 0, 1, 2) + Resistor("R1", 1, 2, "1") +
-              "<Cmp type=\"R_R\" id=\"95\" name=\"RF\" node0=\"0\" node1=\"2\" model=\"Function\" "
-              "fs=\"1000%2bs\" />");
-  ASSERT_EQ(bench.Build(), 0);
-  ASSERT_EQ(bench.Solve(), 0);
-  EXPECT_NEAR(bench.V(2), 1.0, 1e-12);
-  EXPECT_NEAR(bench.Row("RF"), 1.0, 1e-12);
 }
 
 TEST(ResistorSubcircuit, RefusesToRunUntilSubcircuitsExist) {

@@ -82,37 +82,6 @@ std::string Signal(const std::string& model, const std::string& signal,
          " /></Cmp>";
 }
 
-TEST(SourceRun, ConstantSourcesDriveTheirSecondPin) {
-  Bench bench("<Cmp type=\"V_V\" id=\"1\" name=\"V1\" node0=\"0\" node1=\"1\" model=\"V\" />" + Load(1) +
-              "<Cmp type=\"I_I\" id=\"2\" name=\"I1\" node0=\"0\" node1=\"2\" model=\"I\" v=\"2e-3\" />"
-              "<Cmp type=\"R_R\" id=\"3\" name=\"R2\" node0=\"2\" node1=\"0\" model=\"R\" r=\"500\" />");
-  ASSERT_EQ(bench.Build(), 0);
-  bench.Step(0.0, 1e-6);
-  // The default value is 10; the current leaves at the second pin.
-  EXPECT_NEAR(bench.V(1), 10.0, 1e-12);
-  EXPECT_NEAR(bench.Row("V1"), 0.01, 1e-15);
-  EXPECT_NEAR(bench.V(2), 1.0, 1e-12);
-  EXPECT_NEAR(bench.Row("I1"), 2e-3, 1e-15);
-  // The value enters through s alone, on a row marked as varying.
-  EXPECT_EQ(Raw(bench.calc).s[bench.RowOf("V1")], -10.0);
-  ASSERT_TRUE(bench.calc.StampMatrices(0.0));
-  for (const char* name : {"V1", "I1"}) {
-    EXPECT_EQ(Raw(bench.calc).c[bench.RowOf(name)], 0.0);
-    EXPECT_EQ(Raw(bench.calc).rowMark[bench.RowOf(name)], 1);
-  }
-}
-
-TEST(SourceRun, ShortedSourceWritesNothingButKeepsItsRowMarked) {
-  Bench bench("<Cmp type=\"V_V\" id=\"1\" name=\"V1\" node0=\"1\" node1=\"1\" model=\"V\" v=\"0\" />" +
-              Load(1));
-  ASSERT_EQ(bench.Build(), 0);
-  ASSERT_TRUE(bench.calc.StampMatrices(0.0));
-  const size_t r = bench.RowOf("V1");
-  EXPECT_EQ(Raw(bench.calc).rowMark[r], 1);
-  EXPECT_EQ(Raw(bench.calc).maskA[r][0], 0);
-  EXPECT_EQ(Raw(bench.calc).maskA[1][r], 0);
-}
-
 TEST(SourceChecks, ConstantValueMessagesUseTheSourcesLetter) {
   Bench bench("<Cmp type=\"V_V\" id=\"1\" name=\"V1\" node0=\"0\" node1=\"1\" model=\"V\" v=\"1\" "
               "v_str=\"%3dnothing\" />"
@@ -158,82 +127,6 @@ TEST(SourceChecks, SignalModelsCheckTheirSignal) {
   SetLastError("");
   EXPECT_FALSE(bench.Src("X1").CheckParams());
   EXPECT_EQ(LastError(), "X1 : type V_V cannot be simulated yet; ");
-}
-
-TEST(SourceSignal, PulseValuesCornersAndLargestSteps) {
-  Bench bench(Signal("Pulse", "u0=\"0\" u1=\"5\" p=\"1e-3\" w=\"5e-4\" r=\"1e-4\" f=\"1e-4\" d=\"0\"") +
-              Load(1));
-  ASSERT_EQ(bench.Build(), 0);
-  double next = 0, largest = 0;
-  bench.Step(-1e-6, 1e-6);
-  EXPECT_NEAR(bench.V(1), 0.0, 1e-12);
-  bench.calc.NextEvent(0.0, next, largest);
-  EXPECT_DOUBLE_EQ(next, 1e-4);
-  EXPECT_DOUBLE_EQ(largest, 2.5e-5);
-  bench.Step(0.0, 5e-5);
-  EXPECT_NEAR(bench.V(1), 2.5, 1e-12);
-
-  bench.calc.NextEvent(1e-4, next, largest);
-  EXPECT_DOUBLE_EQ(next, 5e-4);
-  EXPECT_DOUBLE_EQ(largest, 1.25e-4);
-  bench.Step(1e-4, 2e-4);
-  EXPECT_NEAR(bench.V(1), 5.0, 1e-12);
-
-  bench.calc.NextEvent(5e-4, next, largest);
-  EXPECT_DOUBLE_EQ(next, 6e-4);
-  bench.Step(5e-4, 2.5e-5);
-  EXPECT_NEAR(bench.V(1), 3.75, 1e-9);
-}
-
-TEST(SourceSignal, ConstantAndFunctionModelsHaveNoEvents) {
-  for (const std::string& source :
-       {std::string("<Cmp type=\"V_V\" id=\"1\" name=\"V1\" node0=\"0\" node1=\"1\" model=\"V\" />"),
-        Signal("Function", "function=\"t*1000\"")}) {
-    Bench bench(source + Load(1));
-    ASSERT_EQ(bench.Build(), 0);
-    double next = 0, largest = 0;
-    bench.calc.NextEvent(0.0, next, largest);
-    EXPECT_EQ(next, 1e99);
-    EXPECT_EQ(largest, 1e-3);
-  }
-}
-
-TEST(SourceSignal, SineDerivativeEntersOnlyTheStateForm) {
-  Bench bench(Signal("Sin", "u0=\"1\" u1=\"2\" p=\"1e-3\" d=\"0\"") + Load(1));
-  ASSERT_EQ(bench.Build(), 0);
-  const size_t r = bench.RowOf("V1");
-  ASSERT_GE(bench.calc.SolveInitial(0.0, false, true), 0);
-  EXPECT_NEAR(bench.V(1), 1.0, 1e-12);
-  EXPECT_NEAR(Raw(bench.calc).sB[r], -2.0 * 2.0 * kPi / 1e-3, 1e-6);
-
-  bench.calc.xPrev = bench.calc.x;
-  Raw(bench.calc).sPrev = Raw(bench.calc).s;
-  ASSERT_TRUE(bench.calc.StepTrapezoid(0.0, 2.5e-4));
-  EXPECT_NEAR(bench.V(1), 3.0, 1e-9);
-  EXPECT_EQ(Raw(bench.calc).sB[r], 0.0);
-}
-
-TEST(SourceSignal, FunctionSeesTimeAndTheSolution) {
-  Bench bench("<Cmp type=\"V_V\" id=\"1\" name=\"VA\" node0=\"0\" node1=\"1\" model=\"V\" v=\"5\" />"
-              "<Cmp type=\"R_R\" id=\"2\" name=\"RA\" node0=\"0\" node1=\"1\" model=\"R\" r=\"1000\" />"
-              "<Cmp type=\"V_V\" id=\"3\" name=\"VF\" node0=\"0\" node1=\"2\" model=\"Function\">"
-              "<Signal function=\"V(RA)*2%2bt*1000\" /></Cmp>"
-              "<Cmp type=\"R_R\" id=\"4\" name=\"RB\" node0=\"0\" node1=\"2\" model=\"R\" r=\"1000\" />");
-  ASSERT_EQ(bench.Build(), 0);
-  // Sources are read before the solve: the first sees the zero solution.
-  bench.Step(0.0, 1e-3);
-  EXPECT_NEAR(bench.V(2), 1.0, 1e-12);
-  bench.Step(1e-3, 1e-3);
-  EXPECT_NEAR(bench.V(2), 12.0, 1e-12);
-}
-
-TEST(SourceSignal, FunctionFailureStopsTheSolveWithTheSourcesName) {
-  Bench bench(Signal("Function", "function=\"nothing(t)\"") + Load(1));
-  ASSERT_EQ(bench.Build(), 0);
-  ASSERT_TRUE(bench.calc.StampMatrices(0.0));
-  EXPECT_FALSE(bench.calc.StampSources(0.0));
-  EXPECT_EQ(bench.calc.error.rfind("V1: ", 0), 0u) << bench.calc.error;
-  EXPECT_GT(bench.calc.error.size(), 4u);
 }
 
 class SourceFile : public ::testing::Test {

@@ -27,56 +27,6 @@ bool LoadText(CDoc& doc, const TempDir& dir, const std::string& content) {
   return doc.Load(path);
 }
 
-TEST(DocLoad, ReadsSettingsOptionsAndNames) {
-  CDoc doc;
-  const std::string path = DataFile("host_extras.tz4");
-  ASSERT_TRUE(doc.Load(path));
-  EXPECT_EQ(doc.handle, -1);
-  EXPECT_EQ(doc.fileName, path);
-  EXPECT_EQ(doc.directory, std::string(TZ4_SOURCE_DIR) + "/tests/data/");
-  EXPECT_FALSE(doc.xml->storing);
-  const tz4::CDocSettings& s = doc.settings;
-  EXPECT_DOUBLE_EQ(s.zero, 1e-11);
-  EXPECT_DOUBLE_EQ(s.kmin, 0.01);
-  EXPECT_FALSE(s.nsr);
-  EXPECT_TRUE(s.os);
-  EXPECT_DOUBLE_EQ(s.high, 3.3);
-  EXPECT_DOUBLE_EQ(s.thr, 1.65);
-  EXPECT_EQ(s.timeout, 30);
-  EXPECT_DOUBLE_EQ(s.step, 1e-6);
-  EXPECT_EQ(doc.options, 5u);
-
-  TempDir dir("docdef");
-  CDoc partial;  // missing attributes keep the defaults
-  ASSERT_TRUE(LoadText(partial, dir,
-                       Circuit("<Doc>\n<Calc zero=\"1e-9\" nsr=\"true\" timeout=\"\" />\n"
-                               "<Tran>\n<Settings />\n</Tran>\n<Cmps />\n</Doc>\n")));
-  EXPECT_DOUBLE_EQ(partial.settings.zero, 1e-9);
-  EXPECT_TRUE(partial.settings.nsr);
-  EXPECT_DOUBLE_EQ(partial.settings.kmin, 0.01);
-  EXPECT_EQ(partial.settings.timeout, 0);
-  EXPECT_DOUBLE_EQ(partial.settings.step, 0.001);
-  EXPECT_DOUBLE_EQ(partial.settings.high, 5.0);
-  EXPECT_EQ(partial.options, 0u);
-}
-
-TEST(DocLoad, VersionAndRequiredElements) {
-  TempDir dir("docver");
-  const std::pair<const char*, bool> cases[] = {
-      {"<Version ver=\"3\" />\n<Doc />\n", false},  {"<Version ver=\"2\" />\n<Doc />\n", true},
-      {"<Doc />\n", true},                           {"<Version ver=\"abc\" />\n<Doc />\n", true},
-      {"<Version ver=\"\" />\n<Doc />\n", true},     {"<Version ver=\"2\" />\n<doc />\n", false},
-      {"<Version ver=\"2\" />\n", false},
-  };
-  for (const auto& [body, opens] : cases) {
-    CDoc doc;
-    EXPECT_EQ(LoadText(doc, dir, Circuit(body)), opens) << body;
-  }
-  CDoc missing, truncated;
-  EXPECT_FALSE(missing.Load(dir.File("missing.tz4")));
-  EXPECT_FALSE(LoadText(truncated, dir, "<?xml version=\"1.0\"?>\n<TZ4>\n<Doc>\n<Calc zero=\"1"));
-}
-
 TEST(DocSave, UntouchedFileIsWrittenBackByteForByte) {
   TempDir dir("docsame");
   for (const char* name : {"host_extras.tz4", "frame_minimal.tz4"}) {

@@ -163,25 +163,6 @@ TEST(SplitAssignment, Operators) {
   for (int i = 0; i < 7; i++) EXPECT_EQ(SplitAssignment(texts[i], name, value, index), ops[i]);
 }
 
-TEST(SplitName, Forms) {
-  std::string left, right;
-  SplitName("R1.R", left, right);
-  EXPECT_EQ(left, "R1");
-  EXPECT_EQ(right, "R");
-  SplitName("\"A.B\".C", left, right);
-  EXPECT_EQ(left, "A.B");
-  EXPECT_EQ(right, "C");
-  SplitName("R1", left, right);
-  EXPECT_EQ(left, "R1");
-  EXPECT_EQ(right, "");
-  SplitName("X1.R2.R", left, right);
-  EXPECT_EQ(left, "X1");
-  EXPECT_EQ(right, "R2.R");
-  SplitName("\"open.", left, right);
-  EXPECT_EQ(left, "");
-  EXPECT_EQ(right, "");
-}
-
 TEST(SplitWords, Words) {
   TStringList list;
   SplitWords("  a b, \"c d\" ,f(1,2)\tg<=h x=y ", list);

@@ -155,25 +155,6 @@ TEST(FormatNumber, EngineeringTextCarriesAndSpecialValues) {
     EXPECT_EQ(CompareDouble(TextToDouble(FormatNumber(x)), x), 0) << x;
 }
 
-TEST(PlainTextToDouble, ReadsWithoutSuffixes) {
-  struct Case {
-    std::string text;
-    double value;
-  };
-  const std::vector<Case> cases = {
-      {"  12.5 ", 12.5},   {"-1.5e-3", -1.5e-3}, {"+2E+2", 200},       {"3k", 3},
-      {"1.2.3", 1.2},      {"", 0},              {"abc", 0},           {"inf", kInf},
-      {" -ixyz", -kInf},   {"1e999999999", kInf}, {"1e-999999999", 0}, {"1.5e3kOhm", 1500},
-      {"2.5x", 2.5},       {"25e-1", 2.5},       {"1e-2000000000", 0},
-      // A mantissa beyond the double range stays infinite under any exponent.
-      {std::string(400, '9') + "e-2000000000", kInf},
-  };
-  for (const Case& c : cases) {
-    SCOPED_TRACE(c.text.substr(0, 20));
-    EXPECT_DOUBLE_EQ(PlainTextToDouble(c.text), c.value);
-  }
-}
-
 TEST(DoubleHelpers, CompareSignAndInfinity) {
   EXPECT_EQ(CompareDouble(1, 1 + 1e-13), 0);
   EXPECT_EQ(CompareDouble(0, 1e-300), -1);

@@ -67,13 +67,6 @@ TEST(ConvertValue, Table) {
   EXPECT_EQ(v.I64, std::numeric_limits<int64_t>::min());
 }
 
-TEST(AssignValue, KeepsDestinationType) {
-  TValue d = TValue::MakeInt(0);
-  AssignValue(d, TValue::MakeDouble(3.9));
-  EXPECT_EQ(d.Type, VT_INT);
-  EXPECT_EQ(d.I32, 3);
-}
-
 TEST(ApplyAssignOperator, MixedKinds) {
   TValue t = TValue::MakeInt(7);
   ApplyAssignOperator(OP_ADD, t, TValue::MakeDouble(0.9));

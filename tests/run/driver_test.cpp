@@ -156,31 +156,6 @@ class Bench {
 
 // ---- start-up and the run modes ----
 
-TEST(DriverStart, BuildsSolvesAndStoresTheInitialPoint) {
-  Bench bench;
-  CTrace& out = bench.Divider([](double) { return 2.0; });
-  ASSERT_TRUE(StartRun(bench.doc)) << LastError();
-  EXPECT_TRUE(bench.doc.running);
-  EXPECT_EQ(bench.doc.changeFlags, 0u);
-  EXPECT_EQ(bench.doc.time, 0.0);
-  EXPECT_EQ(bench.doc.targetTime, 0.0);
-  EXPECT_EQ(bench.doc.calc->step, 1e-3);
-  ASSERT_EQ(out.data.Count(), 1);
-  const auto s = Bench::Samples(out);
-  EXPECT_EQ(s[0].t, 0.0);
-  EXPECT_NEAR(s[0].v, 1.0, 1e-12);
-
-  // A second start throws the first run away.
-  ASSERT_TRUE(RunDocument(bench.doc, 5e-3, RUN_INTERVAL));
-  EXPECT_NEAR(bench.doc.time, 5.02e-3, 1e-15);
-  double t = 0, v = 0;
-  out.data.GetAt(out.data.Count() - 1, &t, &v);
-  EXPECT_EQ(t, bench.doc.time);
-  ASSERT_TRUE(StartRun(bench.doc));
-  EXPECT_EQ(out.data.Count(), 1);
-  EXPECT_EQ(bench.doc.time, 0.0);
-}
-
 TEST(DriverRun, EventSequenceThenSteadyStepsOnTheKeptFactorisation) {
   Bench bench;
   CTrace& out = bench.Divider([](double t) { return 1.0 + t; });
@@ -416,114 +391,9 @@ TEST(DriverFailure, TimeOutOfTheSolveAtTheStart) {
 
 // ---- changes in the middle of a run ----
 
-TEST(DriverChanges, ATraceAddedInTheMiddleStartsRecordingLate) {
-  Bench bench;
-  bench.Divider([](double) { return 3.0; });
-  ASSERT_TRUE(StartRun(bench.doc));
-  ASSERT_TRUE(RunDocument(bench.doc, 5e-3, RUN_EXACT));
-  CTrace& late = bench.Trace("R1");
-  ASSERT_TRUE(RunDocument(bench.doc, 5e-3, RUN_EXACT)) << LastError();
-  double t = 0, v = 0;
-  ASSERT_TRUE(late.data.GetAt(0, &t, &v));
-  EXPECT_GT(t, 5e-3);
-  EXPECT_NEAR(v, -1.5, 1e-12);  // V(R1) = V(2) - V(1)
-}
-
-TEST(DriverChanges, AChangedStepTakesEffectAtTheNextCall) {
-  Bench bench;
-  CTrace& out = bench.Divider([](double t) { return t; });
-  ASSERT_TRUE(StartRun(bench.doc));
-  ASSERT_TRUE(RunDocument(bench.doc, 5e-3, RUN_EXACT));
-  bench.doc.settings.step = 2e-3;
-  ASSERT_TRUE(RunDocument(bench.doc, 10e-3, RUN_EXACT));
-  EXPECT_EQ(bench.doc.calc->step, 2e-3);
-  const auto s = Bench::Samples(out);
-  // The last stretch steps by the new step.
-  EXPECT_NEAR(s[s.size() - 2].t - s[s.size() - 3].t, 2e-3, 1e-12);
-  EXPECT_NEAR(bench.doc.time, 15e-3, 1e-15);
-}
-
 // ---- reset and old data ----
 
-TEST(DriverReset, ClearsResultsAndEndsTheRun) {
-  Bench bench;
-  CTrace& out = bench.Divider([](double t) { return t; });
-  Part& r1 = *static_cast<Part*>(bench.doc.cmps.Find("R1"));
-  ASSERT_TRUE(StartRun(bench.doc));
-  ASSERT_TRUE(RunDocument(bench.doc, 5e-3, RUN_EXACT));
-  EXPECT_NE(r1.prevModelId, 0);
-  const int resets = r1.Count(STAMP_RESET);
-  bench.doc.Reset();
-  EXPECT_FALSE(bench.doc.running);
-  EXPECT_EQ(out.data.Count(), 0);
-  EXPECT_EQ(r1.prevModelId, 0);
-  EXPECT_EQ(r1.Count(STAMP_RESET), resets + 1);
-}
-
 // ---- initial conditions ----
-
-// A capacitor in the state form: a source of its value v0, with the next
-// order in B; when told to forget its value (or forced) it is open.
-FakeCmp& Capacitor(solvertest::Circuit& circuit, const std::string& name, int32_t a, int32_t b,
-                   double C, double v0) {
-  FakeCmp& cap = circuit.Add(name, {a, b}, 1);
-  cap.onStamp = [&cap, C, v0](CCalc& calc, int phase, double) {
-    if (phase != STAMP_MATRIX || calc.pass != 0) return 0;
-    const int r = cap.firstRow;
-    if (cap.forceIC || cap.ignoreIC) {
-      calc.StampISource(cap.pins[0], cap.pins[1], r, 0.0);
-    } else {
-      calc.StampVSource(cap.pins[0], cap.pins[1], r, v0);
-      Raw(calc).B[static_cast<size_t>(r)][r] = -1.0 / C;
-    }
-    return 0;
-  };
-  return cap;
-}
-
-TEST(CalcIC, ACapacitorAgainstASourceIsForcedAndSettlesAtTheStart) {
-  solvertest::Circuit circuit;
-  circuit.Source("V1", 0, 1, 2.0);
-  FakeCmp& cap = Capacitor(circuit, "C1", 0, 1, 1e-6, 1.0);
-  circuit.Resistor("R1", 1, 0, 1000.0);
-  ASSERT_TRUE(circuit.Build());
-  EXPECT_EQ(circuit.calc.CalcIC(0.0, 0.0), 0) << circuit.calc.error;
-  EXPECT_TRUE(cap.forceIC);
-  EXPECT_TRUE(cap.icRetry);  // the second pass at time 0
-  EXPECT_NEAR(circuit.calc.V(1), 2.0, 1e-12);
-}
-
-TEST(CalcIC, LaterInTheRunTheMarksGoBackToTheCaller) {
-  solvertest::Circuit circuit;
-  circuit.Source("V1", 0, 1, 2.0);
-  FakeCmp& cap = Capacitor(circuit, "C1", 0, 1, 1e-6, 1.0);
-  ASSERT_TRUE(circuit.Build());
-  EXPECT_EQ(circuit.calc.CalcIC(1e-3, 1e-5), 99);
-  EXPECT_TRUE(cap.forceIC);
-  EXPECT_FALSE(cap.icRetry);
-  EXPECT_EQ(circuit.calc.CalcIC(1e-3, 1e-5), 0) << circuit.calc.error;
-  EXPECT_NEAR(circuit.calc.V(1), 2.0, 1e-12);
-}
-
-TEST(CalcIC, NoSolutionFreesTheNeighboursOnceThenTriesEveryComponent) {
-  solvertest::Circuit circuit;
-  circuit.Source("V1", 0, 1, 1.0);
-  FakeCmp& r = circuit.Resistor("R1", 1, 0, 1000.0);
-  FakeCmp& toggle = circuit.Add("T1", {1});
-  toggle.hasRange = true;
-  toggle.highState = 1;
-  toggle.onCheck = [&toggle](CCalc&, bool apply) {
-    if (apply) toggle.state = 1 - toggle.state;
-    return true;
-  };
-  ASSERT_TRUE(circuit.Build());
-  EXPECT_EQ(circuit.calc.CalcIC(0.0, 0.0), 99);
-  EXPECT_TRUE(r.ignoreIC);
-  EXPECT_FALSE(toggle.ignoreIC);
-  // Nothing new to free: the result is the search's own.
-  EXPECT_EQ(circuit.calc.CalcIC(0.0, 0.0), -1);
-  EXPECT_EQ(circuit.calc.error, "No solution");
-}
 
 }  // namespace
 }  // namespace tz4

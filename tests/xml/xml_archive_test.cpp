@@ -38,49 +38,6 @@ TEST(XmlPercentEncoding, EncodeAndDecode) {
   EXPECT_EQ(PercentDecode(encoded), all);
 }
 
-TEST(XmlTree, FindChildWalksAndCarriesDirection) {
-  CXmlNode root("TZ4");
-  root.AddChild("A");
-  root.AddChild("B");
-  root.AddChild("A");
-  root.storing = false;
-  EXPECT_EQ(root.FindChild("A", 1), root.GetChild(2));
-  EXPECT_EQ(root.searchIndex, 2);
-  EXPECT_FALSE(root.GetChild(1)->storing);  // passed over, still given the direction
-  EXPECT_TRUE(root.GetChild(0)->storing);   // not looked at
-  EXPECT_EQ(root.FindChild("a"), nullptr);  // names compare exactly
-  EXPECT_EQ(root.AddChild("C")->storing, false);
-
-  std::string order;  // an empty name matches every child
-  for (CXmlNode* child = root.FindChild(""); child; child = root.FindChild("", root.searchIndex + 1)) {
-    order += child->name;
-  }
-  EXPECT_EQ(order, "ABAC");
-  EXPECT_EQ(root.searchIndex, 4);
-  EXPECT_EQ(root.FindChild("", -1), nullptr);
-}
-
-TEST(XmlTree, DeleteChildAndClear) {
-  CXmlNode root("R");
-  root.AddChild("a");
-  root.AddChild("b")->AddChild("deep")->AddChild("deeper");
-  root.DeleteChild(0);
-  root.DeleteChild(5);
-  ASSERT_EQ(root.GetChildCount(), 1);
-  EXPECT_EQ(root.GetChild(0)->name, "b");
-  root.DeleteChild(0);
-  EXPECT_EQ(root.GetChildCount(), 0);
-  EXPECT_EQ(root.WriteInline(), "<R />");
-
-  root.AddAttribute("x", "1");
-  root.text = "t";
-  root.AddChild("c");
-  root.storing = false;
-  root.Clear();
-  EXPECT_EQ(root.WriteInline(), "<R />");
-  EXPECT_TRUE(root.storing);
-}
-
 TEST(XmlAttributes, AddSetAndLookup) {
   CXmlNode node("N");
   node.AddAttribute("x", "1");
