@@ -1,6 +1,11 @@
 #include "devices/label.h"
 
+#include <cmath>
+#include <exception>
+
+#include "devices/signal_drive.h"
 #include "expr/numtext.h"
+#include "solver/calc.h"
 #include "xml/xml_node.h"
 
 namespace tz4 {
@@ -83,21 +88,6 @@ const ModelInfo kVariableModels[] = {
     {},
 };
 
-bool IsSignalModel(int32_t id) {
-  switch (id) {
-    case SIGNAL_PULSE:
-    case SIGNAL_STEP:
-    case SIGNAL_SIN:
-    case SIGNAL_FUNCTION:
-    case SIGNAL_FILE:
-    case SIGNAL_PWL:
-    case SIGNAL_TRACE:
-      return true;
-    default:
-      return false;
-  }
-}
-
 }  // namespace
 
 const ElemType kTypeLabel = {.tag = "label",
@@ -132,25 +122,97 @@ bool CLabel::Serialize(CXmlNode& archive, bool customFlag) {
 }
 
 std::string& CLabel::GetICText(std::string& out) {
-  out.clear();
-  const int32_t model = ModelId();
-  if (IsSignalModel(model) && model != SIGNAL_FUNCTION)
-    out = GetFullName() + ".Delay=" + FormatNumber(Signal.Delay.Value);
+  out = SignalICText(*this, Signal, ModelId());
   return out;
 }
 
 bool CLabel::CheckParams() {
-  switch (ModelId()) {
-    case MODEL_LABEL:
-      if (R.Invalid) return ComponentError(this, "R : formula error");
-      // A label without an initial voltage only names its node.
-      if (ICText.empty()) return true;
-      return ReportNotSimulated(this);
-    case MODEL_SUBCIR:
-      return true;
-    default:
-      return ReportNotSimulated(this);
+  const int32_t model = ModelId();
+  if (model == MODEL_LABEL) return !R.Invalid || ComponentError(this, "R : formula error");
+  if (model == MODEL_LABEL_V) {
+    // Both checks run: a failed formula keeps its last value, which may be
+    // infinite as well.
+    bool ok = true;
+    if (V.Invalid) ok = ComponentError(this, "V : formula error");
+    if (std::isinf(V.Value)) ok = ComponentError(this, "V = infinite");
+    return ok;
   }
+  if (HasTimeOrigin(model)) return Signal.CheckParams(model, this, "V");
+  return true;
+}
+
+int CLabel::Stamp(CCalc& calc, int phase, double t) {
+  const int32_t model = ModelId();
+  const bool signal = IsSignalModel(model);
+  const int n = Pin(0), r = firstRow;
+  switch (phase) {
+    case STAMP_INIT:
+      icDone = false;
+      if (!ReadInitialVoltage(calc)) return -1;
+      return signal ? StartSignal(*this, Signal, model, calc, t) : 0;
+    case STAMP_RESET:
+      Signal.ClearPoints();
+      return 0;
+    case STAMP_MATRIX:
+      if (model == MODEL_LABEL) {
+        StampInitialVoltage(calc, t);
+      } else if ((signal || model == MODEL_LABEL_V) && calc.pass == 0) {
+        // The node is driven from ground; the level enters through s(t).
+        calc.StampOutVoltage(0, n, r, 0.0);
+        calc.MarkRow(r);
+      }
+      return 0;
+    case STAMP_SOURCE:
+      if (model == MODEL_LABEL_V) {
+        calc.SetSource(r, -V.Value);
+        return 0;
+      }
+      return signal ? SignalToRow(*this, Signal, calc, r, t) : 0;
+    case STAMP_SAVE_IC:
+      // A saved state carries the solution, not the request.
+      if (model == MODEL_LABEL) ICText.clear();
+      ShiftSignalOrigin(Signal, model, calc, t);
+      return 0;
+    default:
+      return 0;
+  }
+}
+
+// "VIC" in the state form at the start: with R = 0 the node's row becomes
+// V(n) = VIC; with a finite R the node is pulled towards VIC through R; an
+// infinite R does nothing.
+bool CLabel::ReadInitialVoltage(CCalc& calc) {
+  hasInitialVoltage = false;
+  if (ModelId() != MODEL_LABEL || ICText.empty()) return true;
+  try {
+    initialVoltage = TextToDouble(ICText);
+  } catch (const std::exception&) {
+    calc.error = GetFullName() + " : VIC : formula error";
+    return false;
+  }
+  hasInitialVoltage = true;
+  return true;
+}
+
+void CLabel::StampInitialVoltage(CCalc& calc, double t) {
+  const int n = Pin(0);
+  if (t > 0.0 || calc.pass != 1 || calc.stampMode != 0 || icDone || !hasInitialVoltage ||
+      ICText.empty() || n >= calc.dim)
+    return;
+  if (std::isinf(R.Value)) return;
+  const double level = initialVoltage;
+  if (R.Value == 0.0) {
+    calc.ClearRow(n);
+    calc.AddCoupling(n, n, -1.0);
+    calc.AddConstant(n, level);
+  } else {
+    calc.AddCoupling(n, n, -1.0 / R.Value);
+    calc.AddConstant(n, level / R.Value);
+  }
+}
+
+void CLabel::NextEvent(CCalc& /*calc*/, double t, double& nextTime, double& maxStep) {
+  SignalNextEvent(Signal, ModelId(), t, nextTime, maxStep);
 }
 
 // A plain label does not make its node a matrix node.

@@ -31,6 +31,8 @@ class CLabel : public CCmp {
   bool CheckParams() override;
   int IsMatrixPin(int pin) override;
   bool GetTraceInfo(int kind, int& nodeA, int& nodeB, int& row, double& value) override;
+  int Stamp(CCalc& calc, int phase, double t) override;
+  void NextEvent(CCalc& calc, double t, double& nextTime, double& maxStep) override;
 
   CFormula* HostInput(int& modelIndex) override {
     modelIndex = kInputModelIndex;
@@ -42,12 +44,21 @@ class CLabel : public CCmp {
   // Index of the "V" row in the model table, the model a host input selects.
   static constexpr int kInputModelIndex = 1;
 
-  CFormula V;  // "V", the level of the "V" model; attribute "v"; default 10.0
+  CFormula V;          // "V", the level of the "V" model; attribute "v"; default 10.0
   std::string ICText;  // "VIC", the node's initial voltage, empty for none; attribute "ic"
-  CFormula R;  // "R", the resistance through which "VIC" acts; attribute "r"; default 0.0
-  CSignal Signal;    // the time function of the timed models; child "Signal"
+  CFormula R;          // "R", the resistance through which "VIC" acts; attribute "r"; default 0.0
+  CSignal Signal;      // the time function of the timed models; child "Signal"
 
   bool icDone = false;  // keeps the "VIC" stamp from acting when set
+
+ private:
+  // Reads "VIC" at the start of a build; false, with the solver's error set,
+  // for a text that is no number.
+  bool ReadInitialVoltage(CCalc& calc);
+  void StampInitialVoltage(CCalc& calc, double t);
+
+  double initialVoltage = 0.0;
+  bool hasInitialVoltage = false;
 };
 
 // No pins.

@@ -92,6 +92,10 @@ class CCalc {
   void AddDerivative(int row, int col, double v);  // B(row, col) += v
   void SetDerivative(int row, int col, double v);  // B(row, col) = v
   void SetConstant(int row, double v);             // c(row) = v
+  void AddConstant(int row, double v);             // c(row) += v
+  // Empties row `row` of A and its constant, so that a device can write the
+  // row's whole equation (a node forced to a value).
+  void ClearRow(int row);
   // The time-dependent term of a row, s(t), and its slope ds/dt.
   void SetSource(int row, double v);
   void SetSourceSlope(int row, double v);

@@ -31,6 +31,16 @@ void CCalc::SetConstant(int row, double v) {
   if (InMatrix(row)) c[static_cast<size_t>(row)] = v;
 }
 
+void CCalc::AddConstant(int row, double v) {
+  if (InMatrix(row)) c[static_cast<size_t>(row)] += v;
+}
+
+void CCalc::ClearRow(int row) {
+  if (!InMatrix(row)) return;
+  std::fill(A[static_cast<size_t>(row)], A[static_cast<size_t>(row)] + dim, 0.0);
+  c[static_cast<size_t>(row)] = 0.0;
+}
+
 void CCalc::SetSource(int row, double v) {
   if (InMatrix(row)) s[static_cast<size_t>(row)] = v;
 }
