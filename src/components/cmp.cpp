@@ -4,12 +4,14 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <cmath>
 #include <cstring>
 #include <initializer_list>
 #include <iterator>
 
 #include "base/last_error.h"
 #include "xml/xml_node.h"
+#include "expr/formula.h"
 #include "expr/text.h"
 
 namespace tz4 {
@@ -361,6 +363,20 @@ bool ComponentError(const CCmp* component, const std::string& text) {
   }
   AppendError(component->GetFullName() + " : " + text + "; ");
   return false;
+}
+
+bool CheckValid(CCmp* component, const CFormula& value, const std::string& name) {
+  return !value.Invalid || ComponentError(component, name + " : formula error");
+}
+
+bool CheckFinite(CCmp* component, const CFormula& value, const std::string& name) {
+  if (!CheckValid(component, value, name)) return false;
+  return !std::isinf(value.Value) || ComponentError(component, name + " = infinite");
+}
+
+bool CheckNonNegative(CCmp* component, const CFormula& value, const std::string& name) {
+  if (!CheckFinite(component, value, name)) return false;
+  return !(value.Value < 0) || ComponentError(component, name + " < 0");
 }
 
 bool ReportNotSimulated(const CCmp* component) {

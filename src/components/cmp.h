@@ -199,6 +199,15 @@ class CCmp {
 // error; a null component gives "pcmp = NULL". Always returns false.
 bool ComponentError(const CCmp* component, const std::string& text);
 
+// The checks of a value parameter, each reported through ComponentError by
+// the parameter's name: a formula that failed ("NAME : formula error");
+// CheckFinite also an infinite value ("NAME = infinite"); CheckNonNegative
+// also a negative one ("NAME < 0"). Each stops at the first fault and gives
+// whether the value passed.
+bool CheckValid(CCmp* component, const CFormula& value, const std::string& name);
+bool CheckFinite(CCmp* component, const CFormula& value, const std::string& name);
+bool CheckNonNegative(CCmp* component, const CFormula& value, const std::string& name);
+
 // CheckParams of a type whose simulation behaviour is not available: reports
 // "type TAG cannot be simulated yet" for the component and returns false, so
 // that no run silently ignores a device.

@@ -105,67 +105,43 @@ void CSignal::Serialize(CXmlNode& archive) {
 
 // ---- checks ----
 
-namespace {
-
-// Reports a formula that could not be evaluated; true when it is good.
-bool CheckValid(const CFormula& value, const std::string& name, CCmp* component) {
-  if (!value.Invalid) return true;
-  return ComponentError(component, name + " : formula error");
-}
-
-// A level: formula error, else infinite.
-bool CheckLevel(const CFormula& value, const std::string& name, CCmp* component) {
-  if (!CheckValid(value, name, component)) return false;
-  if (std::isinf(value.Value)) return ComponentError(component, name + " = infinite");
-  return true;
-}
-
-// An edge time: formula error, else infinite, else negative.
-bool CheckEdge(const CFormula& value, const std::string& name, CCmp* component) {
-  if (!CheckLevel(value, name, component)) return false;
-  if (value.Value < 0) return ComponentError(component, name + " < 0");
-  return true;
-}
-
-}  // namespace
-
 bool CSignal::CheckParams(int kind, CCmp* component, const std::string& prefix) {
   bool ok = true;
   switch (kind) {
     case SIGNAL_PULSE:
-      ok &= CheckLevel(U1, prefix + "1", component);
-      ok &= CheckLevel(U0, prefix + "0", component);
-      if (!CheckValid(Period, "Period", component))
+      ok &= CheckFinite(component, U1, prefix + "1");
+      ok &= CheckFinite(component, U0, prefix + "0");
+      if (!CheckValid(component, Period, "Period"))
         ok = false;
       else if (Period.Value <= 0)
         ok = ComponentError(component, "Period <= 0");
-      if (!CheckValid(Width, "Width", component))
+      if (!CheckValid(component, Width, "Width"))
         ok = false;
       else if (Width.Value < 0)
         ok = ComponentError(component, "Width < 0");
-      ok &= CheckEdge(Rise, "Rise", component);
-      ok &= CheckEdge(Fall, "Fall", component);
-      ok &= CheckValid(Delay, "Delay", component);
+      ok &= CheckNonNegative(component, Rise, "Rise");
+      ok &= CheckNonNegative(component, Fall, "Fall");
+      ok &= CheckValid(component, Delay, "Delay");
       break;
     case SIGNAL_STEP:
-      ok &= CheckLevel(U1, prefix + "1", component);
-      ok &= CheckLevel(U0, prefix + "0", component);
-      ok &= CheckEdge(Rise, "Rise", component);
-      ok &= CheckValid(Delay, "Delay", component);
+      ok &= CheckFinite(component, U1, prefix + "1");
+      ok &= CheckFinite(component, U0, prefix + "0");
+      ok &= CheckNonNegative(component, Rise, "Rise");
+      ok &= CheckValid(component, Delay, "Delay");
       break;
     case SIGNAL_SIN:
-      ok &= CheckLevel(U1, prefix + "1", component);
-      ok &= CheckLevel(U0, prefix + "0", component);
-      if (!CheckLevel(Period, "Period", component))
+      ok &= CheckFinite(component, U1, prefix + "1");
+      ok &= CheckFinite(component, U0, prefix + "0");
+      if (!CheckFinite(component, Period, "Period"))
         ok = false;
       else if (Period.Value <= 0)
         ok = ComponentError(component, "Period <= 0");
-      ok &= CheckValid(Delay, "Delay", component);
-      ok &= CheckLevel(Phase, "Phase", component);
+      ok &= CheckValid(component, Delay, "Delay");
+      ok &= CheckFinite(component, Phase, "Phase");
       break;
     case SIGNAL_FILE:
     case SIGNAL_PWL:
-      ok &= CheckValid(Delay, "Delay", component);
+      ok &= CheckValid(component, Delay, "Delay");
       break;
     case SIGNAL_TRACE:
       ok = ComponentError(component, "Trace model not supported");

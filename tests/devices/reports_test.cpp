@@ -18,7 +18,9 @@ std::unique_ptr<CCmp> LoadElement(const std::string& text) {
   EXPECT_EQ(node.LoadFromText(text), 0) << text;
   std::unique_ptr<CCmp> cmp = ComponentTypes().Create(node.GetAttribute("type", ""));
   EXPECT_NE(cmp, nullptr) << text;
-  if (cmp != nullptr) EXPECT_TRUE(cmp->Serialize(node, false)) << text;
+  if (cmp != nullptr) {
+    EXPECT_TRUE(cmp->Serialize(node, false)) << text;
+  }
   return cmp;
 }
 
@@ -106,9 +108,15 @@ TEST(FamilyReports, TraceNodesAndRows) {
     int a = -9, b = -9, row = -9;
     double value = 3;
     EXPECT_EQ(cmp->GetTraceInfo(c.kind, a, b, row, value), c.result) << c.element << c.kind;
-    if (c.nodeA != -9) EXPECT_EQ(a, c.nodeA) << c.element;
-    if (c.nodeB != -9) EXPECT_EQ(b, c.nodeB) << c.element;
-    if (c.row != -9) EXPECT_EQ(row, c.row) << c.element;
+    if (c.nodeA != -9) {
+      EXPECT_EQ(a, c.nodeA) << c.element;
+    }
+    if (c.nodeB != -9) {
+      EXPECT_EQ(b, c.nodeB) << c.element;
+    }
+    if (c.row != -9) {
+      EXPECT_EQ(row, c.row) << c.element;
+    }
   }
 }
 
