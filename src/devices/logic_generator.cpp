@@ -1,6 +1,8 @@
 #include "devices/logic_generator.h"
 
+#include "devices/signal_drive.h"
 #include "expr/numtext.h"
+#include "solver/calc.h"
 #include "xml/xml_node.h"
 
 namespace tz4 {
@@ -93,7 +95,46 @@ bool CElemLG::Serialize(CXmlNode& archive, bool customFlag) {
 
 std::string& CElemLG::GetICText(std::string& out) { return SignalDelayICText(*this, Signal, out); }
 
-bool CElemLG::CheckParams() { return ReportNotSimulated(this); }
+bool CElemLG::CheckParams() {
+  const int32_t model = ModelId();
+  return !IsTimedSignalModel(model) || Signal.CheckParams(model, this, "?");
+}
+
+int CElemLG::Stamp(CCalc& calc, int phase, double t) {
+  const int32_t model = ModelId();
+  const bool timed = IsTimedSignalModel(model);
+  switch (phase) {
+    case STAMP_INIT:
+      return timed ? StartSignal(*this, Signal, model, calc, t) : 0;
+    case STAMP_RESET:
+      Signal.ClearPoints();
+      return 0;
+    case STAMP_MATRIX: {
+      if (calc.pass != 1) return 0;
+      int32_t level = Active;
+      if (timed) {
+        level = Signal.IsHigh() ? 1 : 0;
+        // A pulse or step with "Active" low idles high and pulses low.
+        if ((model == MODEL_LG_PULSE || model == MODEL_LG_STEP) && Active == 0) level ^= 1;
+      }
+      if (level == 1 && Pin(0) == 0) {
+        calc.error = GetFullName() + " : grounded output";
+        return -1;
+      }
+      calc.StampLogicOutput(Pin(0), level);
+      return 0;
+    }
+    case STAMP_SAVE_IC:
+      ShiftSignalOrigin(Signal, model, calc, t);
+      return 0;
+    default:
+      return 0;
+  }
+}
+
+void CElemLG::NextEvent(CCalc& /*calc*/, double t, double& nextTime, double& maxStep) {
+  SignalNextEvent(Signal, ModelId(), t, nextTime, maxStep);
+}
 
 // The output against ground, with no branch row.
 bool CElemLG::GetTraceInfo(int /*kind*/, int& nodeA, int& nodeB, int& row, double& value) {

@@ -19,6 +19,8 @@ class CElemLG : public CCmp {
   bool CheckParams() override;
   int IsMatrixPin(int /*pin*/) override { return 0; }
   bool GetTraceInfo(int kind, int& nodeA, int& nodeB, int& row, double& value) override;
+  int Stamp(CCalc& calc, int phase, double t) override;
+  void NextEvent(CCalc& calc, double t, double& nextTime, double& maxStep) override;
 
   int32_t Active = 1;  // "a": the level of "V"; on "Pulse" and "Step" 0 inverts
   CSignal Signal;      // the time function, archived on the component itself

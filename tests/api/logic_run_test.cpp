@@ -149,6 +149,26 @@ TEST_F(LogicRun, DelaySwallowsNarrowPulses) {
   EXPECT_LT(firstHigh, 2.01e-6);
 }
 
+// The logic generator: "Active" low makes a pulse idle high and pulse low;
+// a cycled list repeats from its first point.
+TEST_F(LogicRun, GeneratorPulsesAndLists) {
+  Open(Element("Y_LG", "P", "Pulse", {1}, "a=\"0\" p=\"10e-3\" w=\"2e-3\" d=\"1e-3\"") +
+           Element("Y_LG", "L", "List", {2}, "list=\"0,1,1e-3,0,2e-3,1\" c=\"1\" d=\"0\""),
+       1e-4);
+  const int p = Trace("P"), l = Trace("L");
+  const struct {
+    double t, pulse, list;
+  } points[] = {{0.5e-3, 5, 5}, {1.5e-3, 0, 0}, {2.5e-3, 0, 5}, {3.5e-3, 5, 0}, {4.5e-3, 5, 5}};
+  ASSERT_EQ(TZ4_Simulate(h, 5e-3), 0) << Error();
+  for (const auto& point : points) {
+    double v = 0;
+    ASSERT_EQ(TZ4_GetData(h, p, point.t, &v), 0) << Error();
+    EXPECT_EQ(v, point.pulse) << "pulse at " << point.t;
+    ASSERT_EQ(TZ4_GetData(h, l, point.t, &v), 0) << Error();
+    EXPECT_EQ(v, point.list) << "list at " << point.t;
+  }
+}
+
 TEST_F(LogicRun, ChecksAndAGroundedOutput) {
   const struct {
     std::string gate;
@@ -159,10 +179,14 @@ TEST_F(LogicRun, ChecksAndAGroundedOutput) {
        "TZ4_Start: G : Up = infinite; G : Down < 0; "},
       {Gate("Y_ST", "G", 0, {1, 2}, "Logic", "hyst=\"-1\""), "TZ4_Start: G : Hysteresis < 0; "},
       {Gate("Y_1", "G", 0, {1, 0}), "TZ4_Start: Transient error at t=0 : G : grounded output"},
+      {Element("Y_LG", "G", "V", {0}, "a=\"1\""),
+       "TZ4_Start: Transient error at t=0 : G : grounded output"},
+      {Element("Y_LG", "G", "V", {0}, "a=\"0\""), "OK"},
+      {Element("Y_LG", "G", "Pulse", {1}, "p=\"0\""), "TZ4_Start: G : Period <= 0; "},
   };
   for (const auto& c : cases) {
     Open(Level("A", 1, 5) + c.gate);
-    EXPECT_EQ(TZ4_Start(h), -1);
+    EXPECT_EQ(TZ4_Start(h), std::string(c.message) == "OK" ? 0 : -1);
     EXPECT_EQ(Error(), c.message);
   }
 }
