@@ -240,7 +240,6 @@ std::string& CElemCS::GetICText(std::string& out) {
   return out;
 }
 
-bool CElemCS::CheckParams() { return ReportNotSimulated(this); }
 
 // Only the control of the single-contact logic switch is a logic pin; the
 // control of the SPDT logic switch stays a matrix pin.
@@ -263,7 +262,6 @@ bool CElemS::Serialize(CXmlNode& archive, bool customFlag) {
 
 std::string& CElemS::GetICText(std::string& out) { return SignalDelayICText(*this, Signal, out); }
 
-bool CElemS::CheckParams() { return ReportNotSimulated(this); }
 
 bool CElemS::GetTraceInfo(int kind, int& nodeA, int& nodeB, int& row, double& value) {
   CCmp::GetTraceInfo(kind, nodeA, nodeB, row, value);
