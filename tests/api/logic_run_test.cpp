@@ -169,6 +169,22 @@ TEST_F(LogicRun, GeneratorPulsesAndLists) {
   }
 }
 
+// A thyristor fired by a logic level: blocked until the generator's step at
+// 1 ms, conducting after it with its 1 V drop.
+TEST_F(LogicRun, LogicLevelFiresAThyristor) {
+  Open(Level("VS", 1, 10) +
+           Element("D_LCT", "T1", "Thyristor", {2, 1, 3}, "vd=\"1\" hold=\"1e-3\"") +
+           Element("R_R", "RL", "R", {0, 2}, "r=\"100\"") +
+           Element("Y_LG", "G", "Step", {3}, "d=\"1e-3\""),
+       1e-5);
+  const int load = Trace("RL");
+  ASSERT_EQ(TZ4_Simulate(h, 2e-3), 0) << Error();
+  double v = 0;
+  ASSERT_EQ(TZ4_GetData(h, load, 0.5e-3, &v), 0);
+  EXPECT_NEAR(v, 0.0, 1e-9);
+  EXPECT_NEAR(Last(load), 9.0, 1e-9);
+}
+
 TEST_F(LogicRun, ChecksAndAGroundedOutput) {
   const struct {
     std::string gate;
