@@ -212,8 +212,6 @@ std::string& CElemL::GetICText(std::string& out) {
   return out;
 }
 
-bool CElemL::CheckParams() { return ReportNotSimulated(this); }
-
 CParamTable CElemL::BindParams() {
   if (!IsType("L_CUSTOM") || ModelId() != MODEL_L_L) return CCmp::BindParams();
   CParamTable table;
