@@ -16,11 +16,15 @@ using tz4_tool_test::ScratchDir;
 constexpr double kPi = 3.14159265358979;
 
 // Runs "tz4 run examples/NAME.tz4 --time T [extra...]" and reads its CSV.
-CsvColumns RunExample(const std::string& name, const std::string& time, const std::vector<std::string>& extra = {}) {
+CsvColumns RunExample(const std::string& name, const std::string& time,
+                      const std::vector<std::string>& extra = {}) {
   ScratchDir dir("example");
   const std::string csv = dir.File(name + ".csv");
-  std::vector<std::string> words = {"run", tz4_tool_test::SourcePath("examples/" + name + ".tz4"), "--time", time,
-                                    "--csv", csv, "--quiet"};
+  std::vector<std::string> words = {
+      "run",    tz4_tool_test::SourcePath("examples/" + name + ".tz4"),
+      "--time", time,
+      "--csv",  csv,
+      "--quiet"};
   words.insert(words.end(), extra.begin(), extra.end());
   const auto outcome = tz4_tool_test::Program(words, dir.File("stderr.txt"));
   EXPECT_EQ(outcome.code, 0) << name << ": " << outcome.err;
@@ -32,13 +36,15 @@ double FirstCrossing(const CsvColumns& table, const std::string& name, double le
   const auto& t = table["time"];
   const auto& v = table[name];
   for (size_t i = 1; i < t.size(); ++i) {
-    if (v[i - 1] < level && v[i] >= level) return t[i - 1] + (level - v[i - 1]) / (v[i] - v[i - 1]) * (t[i] - t[i - 1]);
+    if (v[i - 1] < level && v[i] >= level)
+      return t[i - 1] + (level - v[i - 1]) / (v[i] - v[i - 1]) * (t[i] - t[i - 1]);
   }
   return NAN;
 }
 
 // Largest and smallest value of a column over [from, to].
-std::pair<double, double> Extremes(const CsvColumns& table, const std::string& name, double from, double to) {
+std::pair<double, double> Extremes(const CsvColumns& table, const std::string& name, double from,
+                                   double to) {
   double low = INFINITY;
   double high = -INFINITY;
   for (size_t i = 0; i < table.Rows(); ++i) {
@@ -191,6 +197,49 @@ TEST(Examples, ThyristorConductsFromTheFiringAngleToTheZeroCrossing) {
   // Firing at 45 degrees instead of 90 delivers more.
   const CsvColumns early = RunExample("thyristor_phase", "40m", {"--set", "Vg.Delay=2.5m"});
   EXPECT_NEAR(Mean(early, "V(Rload)", 20e-3, 40e-3), PhaseControlMean(kPi / 4), 0.01);
+}
+
+// 12 V chopped at 100 kHz and 50 % into 100 uH, 100 uF and 5 Ohm: the mean
+// output settles at D Vin less the diode's share (1 - D) Vd = 5.65 V; the
+// inductor current ripples by (Vin - Vout) D T / L = 0.3175 A around 1.13 A.
+TEST(Examples, BuckConverterSettlesAtItsIdealOutput) {
+  const CsvColumns b = RunExample("buck_converter", "20m");
+  ASSERT_GT(b.Rows(), 1000u);
+  EXPECT_NEAR(Mean(b, "V(C1)", 15e-3, 20e-3), 0.5 * 12.0 - 0.5 * 0.7, 5e-3);
+  const auto [low, high] = Extremes(b, "I(L1)", 15e-3, 20e-3);
+  EXPECT_NEAR(high - low, (12.0 - 5.65) * 0.5 * 10e-6 / 100e-6, 5e-3);
+  EXPECT_NEAR((high + low) / 2.0, 5.65 / 5.0, 5e-3);
+}
+
+// A two-bit ripple counter: after the n-th rising clock edge (every 1 ms
+// from 0.25 ms) the flip-flops hold n mod 4, each 1 us after its clock.
+TEST(Examples, LogicCounterCountsClockEdges) {
+  const CsvColumns c = RunExample("logic_counter", "10m");
+  for (int n = 0; n < 10; ++n) {
+    const double t = 0.9e-3 + n * 1e-3;  // between two edges
+    const int count = (n + 1) % 4;
+    EXPECT_EQ(c.At("V(FF1)", t), (count & 1) * 5.0) << n;
+    EXPECT_EQ(c.At("V(FF2)", t), ((count >> 1) & 1) * 5.0) << n;
+  }
+}
+
+// A 10 V step into 10 Ohm, 1 mH and 1 uF in series: the capacitor rings at
+// wd = sqrt(1 / LC - a^2) with a = R / 2L, overshooting by 10 exp(-a pi / wd)
+// at t = pi / wd, each peak exp(-a 2 pi / wd) of the one before.
+TEST(Examples, RlcRingsAtItsDampedFrequency) {
+  const CsvColumns c = RunExample("rlc_ring", "2m");
+  const double a = 10.0 / (2.0 * 1e-3), wd = std::sqrt(1.0 / (1e-3 * 1e-6) - a * a);
+  std::vector<std::pair<double, double>> peaks;
+  const auto& t = c["time"];
+  const auto& v = c["V(C1)"];
+  for (size_t i = 1; i + 1 < t.size(); ++i)
+    if (v[i] > v[i - 1] && v[i] >= v[i + 1]) peaks.push_back({t[i], v[i]});
+  ASSERT_GE(peaks.size(), 3u);
+  EXPECT_NEAR(peaks[0].first, kPi / wd, 2e-6);
+  EXPECT_NEAR(peaks[0].second - 10.0, 10.0 * std::exp(-a * kPi / wd), 2e-3);
+  EXPECT_NEAR((peaks[1].second - 10.0) / (peaks[0].second - 10.0), std::exp(-a * 2 * kPi / wd),
+              2e-3);
+  EXPECT_NEAR(c.At("V(C1)", 2e-3), 10.0, 0.01);
 }
 
 }  // namespace
