@@ -127,6 +127,23 @@ TEST_F(LogicRun, SetAndResetTogetherWithoutDominance) {
   EXPECT_EQ(Last(qBar), 5.0);
 }
 
+// After a set, the clock level is taken at once, so that the next rising
+// edge is seen: D low then clears the Q that the set pulse gave.
+TEST_F(LogicRun, EdgeAfterASetIsSeen) {
+  Open(Level("D", 1, 0) +
+           Element("V_V", "CLK", "Pulse", {0, 2}, "",
+                   "<Signal u0=\"0\" u1=\"5\" p=\"1\" w=\"1\" d=\"2e-3\" />") +
+           Element("V_V", "S", "Pulse", {0, 5}, "",
+                   "<Signal u0=\"0\" u1=\"5\" p=\"1\" w=\"0.5e-3\" d=\"0.5e-3\" />") +
+           Element("Y_RS", "T", "Logic", {1, 2, 3, 4, 5, 0}, ""),
+       1e-5);
+  const int q = Trace("T");
+  ASSERT_EQ(TZ4_Simulate(h, 1.5e-3), 0) << Error();
+  EXPECT_EQ(Last(q), 5.0);  // set
+  ASSERT_EQ(TZ4_Simulate(h, 1.5e-3), 0) << Error();
+  EXPECT_EQ(Last(q), 0.0);  // the edge at 2 ms took D
+}
+
 // A pulse narrower than the gate's delay never reaches the output; a wider
 // one arrives late by the delay.
 TEST_F(LogicRun, DelaySwallowsNarrowPulses) {

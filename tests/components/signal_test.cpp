@@ -1,5 +1,7 @@
 // CSignal: checks, start-up, values, events, logic level, time shift and the
 // "Signal" element, on the signal of a voltage source.
+#include "components/signal.h"
+
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -7,10 +9,9 @@
 #include <memory>
 #include <string>
 
-#include "devices/registry.h"
 #include "../doc/temp_files.h"
 #include "base/last_error.h"
-#include "components/signal.h"
+#include "devices/registry.h"
 #include "devices/source.h"
 #include "xml/xml_node.h"
 
@@ -440,8 +441,7 @@ TEST_F(SignalTest, ListFieldsAreExpressionsAndAnOddFieldIsDropped) {
 
 TEST_F(SignalTest, DataFileBesideTheCircuit) {
   tz4_test::TempDir dir("signal");
-  tz4_test::WriteFile(dir.File("wave.txt"),
-                      "0\t1\n\n1;2\n2 , 3m\nheader\n3,4,extra\n");
+  tz4_test::WriteFile(dir.File("wave.txt"), "0\t1\n\n1;2\n2 , 3m\nheader\n3,4,extra\n");
   env_.folder = dir.File("");
   s_->FileName = "wave.txt";
   ASSERT_TRUE(Start(SIGNAL_FILE, 0)) << LastError();
@@ -578,6 +578,16 @@ TEST_F(SignalTest, ShiftTimeMovesTheOrigin) {
   ASSERT_TRUE(Start(SIGNAL_STEP, 0));
   s_->ShiftTime(2, false, 1e-9);
   EXPECT_EQ(s_->Delay.Value, -1.5);
+
+  // A pulse with an infinite or no period moves its delay as a step does,
+  // and never gives a NaN.
+  for (double period : {kInf, 0.0, -1.0}) {
+    ASSERT_TRUE(Start(SIGNAL_PULSE, 0));
+    s_->Period.Value = period;
+    s_->Delay.Value = 0.5;
+    s_->ShiftTime(2, false, 1e-9);
+    EXPECT_EQ(s_->Delay.Value, -1.5) << period;
+  }
 }
 
 // ---- archive ----
