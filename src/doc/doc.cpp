@@ -20,11 +20,12 @@ CXmlNode* ChildByDirection(CXmlNode& parent, const std::string& childName) {
   return parent.storing ? parent.AddChild(childName) : parent.FindChild(childName);
 }
 
-// An existing child emptied for rebuilding, or a new one.
+// An existing child with its children removed for rebuilding (its own
+// attributes stay), or a new one.
 CXmlNode* EmptiedChild(CXmlNode& parent, const std::string& childName) {
   CXmlNode* child = parent.FindChild(childName);
   if (child) {
-    child->Clear();
+    while (child->GetChildCount() > 0) child->DeleteChild(0);
     return child;
   }
   return parent.AddChild(childName);

@@ -346,7 +346,7 @@ CDriver::Next CDriver::Turn(int mode) {
     const bool stop = mode == RUN_ONE_STEP || !(doc_.time < doc_.targetTime - s_.hMin * 0.001) ||
                       Equal(doc_.time, doc_.targetTime - s_.hMin * 0.001);
     if (stop) {
-      s_.needRestart = false;
+      // A rebuild asked for by the last step stays pending for the next call.
       calc_.lastTime = doc_.time;
       calc_.AcceptAll();
       s_.phase = PHASE_CLEAN;

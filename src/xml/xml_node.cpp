@@ -85,16 +85,17 @@ std::string PercentDecode(const std::string& text) {
       c = ' ';
       ++i;
     } else if (c == '%') {
-      // Up to two hex digits; the escape always takes the "%" and the two
-      // characters behind it. No digit at all gives the value 0.
-      int value = 0;
+      // Up to two hex digits give a byte; a "%" with no digit behind it
+      // stands for itself, so that a hand-written name is not cut short.
+      int value = 0, digits = 0;
       for (std::size_t k = i + 1; k < i + 3 && k < text.size(); ++k) {
         const int digit = HexDigitValue(text[k]);
         if (digit < 0) break;
         value = value * 16 + digit;
+        ++digits;
       }
-      c = static_cast<char>(value);
-      i += 3;
+      c = digits == 0 ? '%' : static_cast<char>(value);
+      i += 1 + static_cast<std::size_t>(digits);
     } else {
       ++i;
     }

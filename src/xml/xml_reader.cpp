@@ -62,7 +62,8 @@ bool ReadWholeFile(const std::string& path, std::string& out) {
 // again with "\n" behind each: pieces of at most kPieceLength characters up
 // to and including a line feed; a piece that ends in CR or LF ends its line
 // and loses all trailing CR and LF; any other piece is joined to the next.
-// A last line with no line end is dropped.
+// A last line with no line end is read as any other: hand-edited files
+// often end that way.
 std::string JoinLines(std::string_view raw) {
   std::string joined;
   joined.reserve(raw.size() + 1);
@@ -85,6 +86,10 @@ std::string JoinLines(std::string_view raw) {
     joined += line;
     joined += '\n';
     line.clear();
+  }
+  if (!line.empty()) {
+    joined += line;
+    joined += '\n';
   }
   return joined;
 }

@@ -120,13 +120,19 @@ TEST(DocSave, SaveFlagsAndDataLists) {
   CXmlNode tran("Tran");
   CXmlNode* traces = tran.AddChild("Traces");
   CXmlNode* first = traces->AddChild("Trace");
-  first->AddChild("DataList")->AddChild("Data")->AddAttribute("size", "99");
+  CXmlNode* dataList = first->AddChild("DataList");
+  dataList->AddAttribute("kind", "kept");
+  dataList->AddChild("Data")->AddAttribute("size", "99");
   traces->AddChild("Trace");
   traces->AddChild("Other");
-  CDoc::PrepareDataLists(tran, {5, 0, 3});  // the walk ends at the first trace without samples
+  tran.AddChild("StorageList")->AddAttribute("note", "kept too");
+  // The walk ends at the first trace without samples; emptied lists keep
+  // their own attributes.
+  CDoc::PrepareDataLists(tran, {5, 0, 3});
   EXPECT_EQ(tran.WriteInline(),
-            "<Tran><Traces><Trace><DataList><Data id=\"0\" size=\"5\" type=\"0\" /></DataList></Trace>"
-            "<Trace /><Other /></Traces><StorageList><Storage name=\"Run\" id=\"0\" /></StorageList></Tran>");
+            "<Tran><Traces><Trace><DataList kind=\"kept\"><Data id=\"0\" size=\"5\" type=\"0\" />"
+            "</DataList></Trace><Trace /><Other /></Traces><StorageList note=\"kept too\">"
+            "<Storage name=\"Run\" id=\"0\" /></StorageList></Tran>");
 }
 
 TEST(DocSave, FailuresLeaveTheDocumentUsable) {
