@@ -348,12 +348,6 @@ std::string& CElemF::GetICText(std::string& out) {
   return out;
 }
 
-bool CElemF::CheckParams() {
-  // A subcircuit is replaced by its contents; the block itself does nothing.
-  if (ModelId() == MODEL_SUBCIR) return true;
-  return ReportNotSimulated(this);
-}
-
 // The output drives its node from ground through the extra row.
 bool CElemF::GetTraceInfo(int kind, int& nodeA, int& nodeB, int& row, double& value) {
   const int out = OutputPin();

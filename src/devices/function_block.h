@@ -51,6 +51,9 @@ class CElemF : public CCmp {
   // A custom block evaluates its formula with "t" and its input names, and
   // has a clock pin when its shape says so.
   void StoreCustom() override;
+  int Stamp(CCalc& calc, int phase, double t) override;
+  // A clocked block takes its inputs on each rising clock edge.
+  bool PostStep(CCalc& calc, bool apply, double t, bool& changed) override;
 
   bool IsLogicFunction() const;  // Y_FUNCTION
   bool IsBus() const;            // Y_BUS
@@ -58,30 +61,47 @@ class CElemF : public CCmp {
   int OutputPin() const;
 
   // Parameters.
-  CEnumValue Format;           // "Format" of Y_BUS: "Unsigned", "Signed"; attribute "format"
-  std::string Func = "x";      // "F(x)", "F(x,y)", "F(b)"; attribute "func" (older files: "f")
-  std::string Fs = "1";        // "F(s)"; attribute "fs"; not used by the time simulation
-  CFormula Ic;  // "IC"; attribute "func_ic"; default 0.0
-  CFormula K;  // "K"; attribute "k"; default 1.0
-  CFormula Resolution;  // "resolution"; attribute "res"; default 1.0
-  CFormula Power;  // "power"; attribute "pow"; default 1.0
-  CFormula Min;  // "Min"; attribute "min"; default -10.0
-  CFormula Max;  // "Max"; attribute "max"; default 10.0
-  std::string Table;           // "Table"; attribute "table"
-  std::string TableX = "0";    // "X" of the two-input table; attribute "table_x"
-  std::string TableY = "0";    // "Y" of the two-input table; attribute "table_y"
-  int32_t LogicIc = 0;         // "IC" of Y_FUNCTION, 1 = high; attribute "func_ic"
+  CEnumValue Format;         // "Format" of Y_BUS: "Unsigned", "Signed"; attribute "format"
+  std::string Func = "x";    // "F(x)", "F(x,y)", "F(b)"; attribute "func" (older files: "f")
+  std::string Fs = "1";      // "F(s)"; attribute "fs"; not used by the time simulation
+  CFormula Ic;               // "IC"; attribute "func_ic"; default 0.0
+  CFormula K;                // "K"; attribute "k"; default 1.0
+  CFormula Resolution;       // "resolution"; attribute "res"; default 1.0
+  CFormula Power;            // "power"; attribute "pow"; default 1.0
+  CFormula Min;              // "Min"; attribute "min"; default -10.0
+  CFormula Max;              // "Max"; attribute "max"; default 10.0
+  std::string Table;         // "Table"; attribute "table"
+  std::string TableX = "0";  // "X" of the two-input table; attribute "table_x"
+  std::string TableY = "0";  // "Y" of the two-input table; attribute "table_y"
+  int32_t LogicIc = 0;       // "IC" of Y_FUNCTION, 1 = high; attribute "func_ic"
 
   // The variables that Func is evaluated with: "t" and the input names.
   CVarList Variables;
 
   // Run state.
-  double Value = 0.0;               // the present output
-  int32_t Clocked = 0;              // 1: the last pin is a clock
-  std::vector<double> TableData;    // table points, X values, Y values, entries
+  double Value = 0.0;             // the present output
+  int32_t Clocked = 0;            // 1: the last pin is a clock
+  std::vector<double> TableData;  // table points, X values, Y values, entries
   int32_t TableCount = 0;
   int32_t TableNx = 0;
   int32_t TableNy = 0;
+
+ private:
+  int InputCount() const { return OutputPin() < 0 ? 0 : OutputPin(); }
+  // Reads "Table" (and "X", "Y") into TableData; false with the solver's
+  // error set.
+  bool ReadTables(CCalc& calc);
+  // The block's output from its inputs at time t: the formula of the
+  // function blocks, or the arithmetic of the model. False, with the
+  // solver's error set, when a formula fails.
+  bool Compute(CCalc& calc, double t, double& out);
+  bool Evaluate(CCalc& calc, double t, double& out);
+  double Arithmetic(const CCalc& calc, double a, double b) const;
+  double Table1(double a) const;
+  double Table2(double a, double b) const;
+  // The weighted sum of the bus inputs, as levels (logic) or as voltages.
+  double BusSum(const CCalc& calc, bool levels) const;
+  void StampOutput(CCalc& calc) const;
 };
 
 extern const ElemType kTypeF_1;

@@ -242,4 +242,19 @@ TEST(Examples, RlcRingsAtItsDampedFrequency) {
   EXPECT_NEAR(c.At("V(C1)", 2e-3), 10.0, 0.01);
 }
 
+// A 1 V, 50 Hz sine clipped at +-0.5 V by a table, then integrated with
+// K = 100: over a positive half wave the clipped sine holds
+// (2 - sqrt(3) + pi / 3) / w, and a whole period brings the integral back.
+TEST(Examples, SignalChainClipsAndIntegrates) {
+  const CsvColumns s = RunExample("signal_chain", "40m");
+  const auto [low, high] = Extremes(s, "V(Clip)", 0, 40e-3);
+  EXPECT_NEAR(high, 0.5, 1e-9);
+  EXPECT_NEAR(low, -0.5, 1e-9);
+  const double w = 2 * kPi * 50;
+  const auto [bottom, top] = Extremes(s, "V(Integral)", 0, 40e-3);
+  EXPECT_NEAR(top, 100 * (2 - std::sqrt(3.0) + kPi / 3) / w, 2e-3);
+  EXPECT_NEAR(bottom, 0.0, 2e-3);
+  EXPECT_NEAR(s.At("V(Integral)", 20e-3), 0.0, 2e-3);
+}
+
 }  // namespace
