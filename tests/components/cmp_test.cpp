@@ -38,37 +38,6 @@ std::string StoreCmp(CCmp& cmp) {
   return node.WriteInline();
 }
 
-TEST(CmpBase, ConstructorTakesTypeAndPins) {
-  CTestCmp cmp(kTestType);
-  EXPECT_EQ(cmp.type, &kTestType);
-  EXPECT_EQ(cmp.models, testing::kTestModels);
-  EXPECT_EQ(cmp.pinCount, 2);
-  EXPECT_EQ(cmp.pins, (std::vector<int32_t>{0, 0}));
-  EXPECT_EQ(cmp.modelIndex, -1);
-  EXPECT_EQ(cmp.GetModel(), nullptr);
-  EXPECT_EQ(cmp.ModelId(), 0);
-  cmp.pins[0] = 5;
-  cmp.SetPinCount(2);  // same count: pins stay
-  EXPECT_EQ(cmp.pins[0], 5);
-  cmp.SetPinCount(3);
-  EXPECT_EQ(cmp.pins, (std::vector<int32_t>{0, 0, 0}));
-  cmp.SetPinCount(-1);
-  EXPECT_TRUE(cmp.pins.empty());
-}
-
-TEST(CmpBase, FullNameAndReports) {
-  auto cmp = MakeTestCmp("R1");
-  EXPECT_EQ(cmp->GetFullName(), "R1");
-  cmp->path = "X1.X2";
-  EXPECT_EQ(cmp->GetFullName(), "X1.X2.R1");
-  SetLastError("prefix: ");
-  EXPECT_FALSE(ComponentError(cmp.get(), "Roff <= 0"));
-  EXPECT_FALSE(ComponentError(nullptr, "ignored"));
-  EXPECT_FALSE(ReportNotSimulated(cmp.get()));
-  EXPECT_EQ(LastError(),
-            "prefix: X1.X2.R1 : Roff <= 0; pcmp = NULLX1.X2.R1 : type T_TEST cannot be simulated yet; ");
-}
-
 TEST(CmpBase, FindParamBindsThisComponent) {
   auto a = MakeTestCmp("A");
   auto b = MakeTestCmp("B");
@@ -92,25 +61,6 @@ TEST(CmpBase, FindParamBindsThisComponent) {
   EXPECT_TRUE(unresolved.BindParams().empty());
 }
 
-TEST(CmpBase, DefaultRowsAndTraceInfo) {
-  auto cmp = MakeTestCmp("R1");
-  EXPECT_EQ(cmp->GetExtraRows(), 2);
-  cmp->pins = {3, 4};
-  cmp->firstRow = 7;
-  int a = 0, b = 0, row = 0;
-  double value = 1;
-  EXPECT_TRUE(cmp->GetTraceInfo(0, a, b, row, value));
-  EXPECT_EQ(a, 3);
-  EXPECT_EQ(b, 4);
-  EXPECT_EQ(row, 7);
-  EXPECT_EQ(value, 0.0);
-  CTestCmp custom(kTestCustomType);
-  EXPECT_TRUE(custom.GetTraceInfo(0, a, b, row, value));
-  EXPECT_EQ(a, -1);
-  EXPECT_EQ(b, -1);
-  EXPECT_EQ(custom.GetExtraRows(), 0);
-}
-
 TEST(CmpSerialize, LoadsCommonPart) {
   bool ok = false;
   auto cmp = LoadCmp(
@@ -128,28 +78,6 @@ TEST(CmpSerialize, LoadsCommonPart) {
   EXPECT_DOUBLE_EQ(cmp->R.Value, 2.5);
 }
 
-TEST(CmpSerialize, StoresInFileOrder) {
-  auto cmp = MakeTestCmp("R 1");
-  cmp->id = 2;
-  cmp->pins = {1, 0};
-  EXPECT_EQ(StoreCmp(*cmp),
-            "<Cmp type=\"T_TEST\" id=\"2\" name=\"R+1\" file_name=\"\" view=\"0\" node0=\"1\" "
-            "node1=\"0\" model=\"Linear\" r=\"1\" k=\"2\" ic=\"\" />");
-  cmp->group = "G";
-  cmp->modelIndex = 1;  // a table model writes its table
-  EXPECT_EQ(StoreCmp(*cmp),
-            "<Cmp type=\"T_TEST\" id=\"2\" name=\"R+1\" file_name=\"\" view=\"0\" group=\"G\" "
-            "node0=\"1\" node1=\"0\" model=\"PWL\" pwl=\"1.0\" pwlf=\"\" pwlm=\"0\" r=\"1\" k=\"2\" "
-            "ic=\"\" />");
-}
-
-TEST(CmpSerialize, TableIsWrittenForTableModelsOrAfterAParse) {
-  auto cmp = MakeTestCmp("R1");
-  EXPECT_EQ(StoreCmp(*cmp).find("pwl"), std::string::npos);
-  cmp->pwl.Changed = true;
-  EXPECT_NE(StoreCmp(*cmp).find("pwl=\"1.0\""), std::string::npos);
-}
-
 TEST(CmpSerialize, UnknownModelEndsTheLoad) {
   SetLastError("");
   bool ok = true;
@@ -159,39 +87,6 @@ TEST(CmpSerialize, UnknownModelEndsTheLoad) {
   EXPECT_EQ(cmp->modelIndex, -1);
   EXPECT_EQ(cmp->pins[0], 1);         // read before the model
   EXPECT_DOUBLE_EQ(cmp->R.Value, 1.0);  // not read
-}
-
-TEST(CmpSerialize, BusReadsAsLinear) {
-  bool ok = false;
-  auto cmp = LoadCmp("<Cmp name=\"B1\" model=\"Bus\" />", &ok);
-  EXPECT_TRUE(ok);
-  EXPECT_EQ(cmp->modelIndex, 0);
-  EXPECT_NE(StoreCmp(*cmp).find("model=\"Linear\""), std::string::npos);
-}
-
-TEST(CmpSerialize, BusOnATypeWithoutLinear) {
-  static const ModelInfo models[] = {{"R", 9}, {}};
-  static const ElemType type{"T_NOLIN", 2, &MakeCmp<CTestCmp>, models};
-  SetLastError("");
-  bool ok = true;
-  LoadCmp("<Cmp name=\"Q7\" model=\"Bus\" />", &ok, type);
-  EXPECT_FALSE(ok);
-  EXPECT_EQ(LastError(), "Model 'Linear' not found for Q7");
-}
-
-TEST(CmpSerialize, UnmirroredTableTextIsRewrittenOnLoad) {
-  auto cmp = LoadCmp("<Cmp name=\"R1\" model=\"PWL\" pwl=\"n,1,1,2\" pwlf=\"a+b\" pwlm=\"2\" />");
-  EXPECT_EQ(cmp->pwl.Text, "1,0,1,1,2");
-  EXPECT_EQ(cmp->pwl.FormulaText, "a b");
-  EXPECT_EQ(cmp->pwl.Mode, 2);
-}
-
-TEST(CmpSerialize, CustomPinsComeFromTheElement) {
-  auto cmp = LoadCmp("<Cmp name=\"X1\" node0=\"1\" node1=\"2\" node2=\"3\" model=\"Linear\" />", nullptr,
-                     kTestCustomType);
-  EXPECT_EQ(cmp->pinCount, 3);
-  EXPECT_EQ(cmp->pins, (std::vector<int32_t>{1, 2, 3}));
-  EXPECT_NE(StoreCmp(*cmp).find("node2=\"3\""), std::string::npos);
 }
 
 TEST(CmpSerialize, UnreadChildrenRoundTrip) {
@@ -217,14 +112,6 @@ TEST(CmpSerialize, AttachmentTextIsEncoded) {
   CTestCmp back(kTestType);
   ASSERT_TRUE(back.Serialize(node, false));
   EXPECT_EQ(back.attachment, "note <1>");
-}
-
-TEST(CmpSerialize, CustomFlagSkipsIdentityAndPins) {
-  auto cmp = MakeTestCmp("R1");
-  cmp->id = 9;
-  CXmlNode node("Cmp");
-  ASSERT_TRUE(cmp->Serialize(node, true));
-  EXPECT_EQ(node.WriteInline(), "<Cmp model=\"Linear\" r=\"1\" k=\"2\" ic=\"\" />");
 }
 
 // The tags of the global type list, in their fixed order.

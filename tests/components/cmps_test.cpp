@@ -73,15 +73,6 @@ TEST(CmpsFind, NamesIgnoreCaseAndFirstMatchWins) {
   EXPECT_EQ(cmps.FindByPath(".R"), nullptr);
 }
 
-TEST(CmpsFind, QuotedNamesMayHoldPoints) {
-  CCmps cmps;
-  cmps.Add(MakeTestCmp("A.B"));
-  CParam p;
-  ASSERT_TRUE(cmps.FindParam("\"A.B\".K", p));
-  EXPECT_STREQ(p.Name, "K");
-  EXPECT_EQ(cmps.FindByPath("\"A.B\""), cmps[0]);
-}
-
 TEST(CmpsFind, ParametersByPath) {
   CCmps cmps;
   cmps.Add(MakeTestCmp("R1"));
@@ -126,42 +117,6 @@ TEST(CmpsFind, ValuesByPath) {
   r1->R.Invalid = true;
   EXPECT_THROW(cmps.FindValue(std::string("R1.R"), &out), RaisedError);
   EXPECT_THROW(cmps.FindValue("R1.R", value), RaisedError);
-}
-
-TEST(CmpsFormulas, NamesResolveThroughTheCollection) {
-  CCmps cmps;
-  cmps.Add(MakeTestCmp("R1"));
-  static_cast<CTestCmp*>(cmps[0])->R.Value = 3.0;
-  EXPECT_EQ(EvaluateExpression("R1.R * 2 + r1.k", &cmps, nullptr, nullptr, nullptr, false), 8.0);
-  EXPECT_THROW(EvaluateExpression("R2.R", &cmps, nullptr, nullptr, nullptr, false), RaisedError);
-}
-
-TEST(CmpsFormulas, LogicLevelsComeFromTheDocument) {
-  class CLevels : public CEvalContext {
-   public:
-    double LogicHigh() const override { return 3.3; }
-  } levels;
-  CCmps cmps;
-  EXPECT_EQ(cmps.LogicHigh(), 5.0);
-  cmps.document = &levels;
-  EXPECT_EQ(cmps.LogicHigh(), 3.3);
-  EXPECT_EQ(EvaluateExpression("high", &cmps, nullptr, nullptr, nullptr, false), 3.3);
-}
-
-TEST(CmpsFormulas, UpdateRunsUntilNothingChanges) {
-  CCmps cmps;
-  cmps.Add(MakeTestCmp("A"));
-  cmps.Add(MakeTestCmp("B"));
-  auto* a = static_cast<CTestCmp*>(cmps[0]);
-  auto* b = static_cast<CTestCmp*>(cmps[1]);
-  a->R.Text = "=B.R+1";
-  b->R.Text = "2";
-  EXPECT_TRUE(cmps.UpdateFormulas());
-  EXPECT_EQ(a->R.Value, 3.0);
-  EXPECT_EQ(b->R.Value, 2.0);
-  EXPECT_EQ(b->R.Text, "");  // a plain number is evaluated once
-  EXPECT_EQ(a->R.Text, "=B.R+1");
-  EXPECT_FALSE(cmps.UpdateFormulas());
 }
 
 TEST(CmpsFormulas, InvalidFormulasAreRetriedAndStayInvalidOnFailure) {

@@ -288,28 +288,6 @@ TEST_F(ParamTest, StrictNumberTextTakesSuffixesButNoPrefixes) {
   EXPECT_STREQ(buffer, "-inf");
 }
 
-TEST_F(ParamTest, ValuesPassThroughTwelveDigitText) {
-  EXPECT_EQ(Try("R", "1/3"), "");
-  EXPECT_EQ(cmp->R.Value, TextToDouble("333.333333333e-3"));
-  EXPECT_EQ(Try("R", "=2/3"), "");
-  EXPECT_EQ(cmp->R.Value, TextToDouble("666.666666667e-3"));
-  EXPECT_EQ(Try("IC", " 1/3 "), "");
-  EXPECT_EQ(cmp->Ic, "333.333333333e-3");
-  EXPECT_EQ(Try("IC", "  "), "");
-  EXPECT_EQ(cmp->Ic, "");
-  EXPECT_EQ(SetValue(Param("R"), 1.0 / 3.0, &flags), 0);
-  EXPECT_EQ(cmp->R.Value, 1.0 / 3.0);
-  char buffer[32];
-  EXPECT_EQ(GetText(Param("R"), buffer, sizeof buffer), 17);
-  EXPECT_STREQ(buffer, "333.333333333e-3");
-  EXPECT_EQ(GetDisplayText(Param("R")), "333.333333333e-3");
-  // Exactly the text's length: the text less its last character.
-  EXPECT_EQ(GetText(Param("R"), buffer, 16), 17);
-  EXPECT_STREQ(buffer, "333.333333333e-");
-  EXPECT_EQ(GetText(Param("R"), buffer, 1), 17);
-  EXPECT_STREQ(buffer, "");
-}
-
 TEST_F(ParamTest, EnumeratedAndSwitchForms) {
   EXPECT_EQ(Try("Mode", "SLOW"), "");
   EXPECT_EQ(cmp->Mode.Index, 1);
@@ -354,26 +332,6 @@ TEST_F(ParamTest, EnumeratedAndSwitchForms) {
   double v = 0;
   EXPECT_EQ(GetValue(Param("Mode"), &v), 0);
   EXPECT_EQ(v, 2.0);
-}
-
-TEST_F(ParamTest, FormulasResolveThroughTheContextAndRefuseCycles) {
-  FakeContext ctx;
-  ctx.values["Q1.R"] = 50;
-  EXPECT_EQ(Try("R", "=Q1.R*2", &ctx), "");
-  EXPECT_EQ(cmp->R.Value, 100);
-  EXPECT_EQ(cmp->R.Text, "=Q1.R*2");
-  EXPECT_EQ(Try("K", "Q1.R+1", &ctx), "");
-  EXPECT_EQ(cmp->K.Value, 51);
-  EXPECT_EQ(cmp->K.Text, "");
-  ctx.formulas["P1.R"] = &cmp->R;
-  ctx.formulas["P1.K"] = &cmp->K;
-  cmp->K.Text = "=P1.R+1";
-  SetLastError("TZ4_SetText: ");
-  EXPECT_EQ(SetText(Param("R"), "=P1.K*2", &ctx, &flags), -1);
-  EXPECT_EQ(LastError(), "TZ4_SetText: Circular reference");
-  EXPECT_TRUE(cmp->R.Invalid);
-  EXPECT_EQ(Try("R", "=P1.K*2", &ctx), "Error : Circular reference");
-  EXPECT_EQ(Try("R", "=P1.R", &ctx), "Error : Circular reference");
 }
 
 }  // namespace

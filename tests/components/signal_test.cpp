@@ -122,68 +122,6 @@ TEST_F(SignalTest, ChecksPerModel) {
 
 // ---- pulse ----
 
-TEST_F(SignalTest, SharpPulseHasCornersAtStartWidthAndPeriod) {
-  s_->U0.Value = 0;
-  s_->U1.Value = 5;
-  s_->Period.Value = 1;
-  s_->Width.Value = 0.5;
-  ASSERT_TRUE(Start(SIGNAL_PULSE, 0));
-  EXPECT_EQ(s_->State, STAGE_IDLE);
-  EXPECT_EQ(At(0).value, 0);
-
-  double next, step;
-  ExpectEvent(0, STAGE_HIGH, 0.5, 0.125);  // a quarter of the level's time, none from a zero edge
-  EXPECT_EQ(At(0.25).value, 5);
-  EXPECT_FALSE(At(0.25).hasDerivative);
-  EXPECT_TRUE(s_->IsHigh());
-
-  ExpectEvent(0.5, STAGE_LOW, 1.0);
-  EXPECT_EQ(At(0.75).value, 0);
-  EXPECT_FALSE(s_->IsHigh());
-
-  // One rounding step short of the period counts as the next cycle.
-  Event(1.0 - 1e-15, next, step);
-  EXPECT_EQ(s_->CycleStart, 1.0);
-  EXPECT_EQ(s_->State, STAGE_HIGH);
-  EXPECT_EQ(next, 1.5);
-}
-
-TEST_F(SignalTest, LinearAndCosineEdges) {
-  s_->U0.Value = 1;
-  s_->U1.Value = 3;
-  s_->Period.Value = 10;
-  s_->Width.Value = 4;
-  s_->Rise.Value = 2;
-  s_->Fall.Value = 1;
-  s_->Delay.Value = 1;
-  ASSERT_TRUE(Start(SIGNAL_PULSE, 0));
-  ExpectEvent(0, kAnyStage, 1.0, 1e9);  // waiting for the delay
-
-  ExpectEvent(1, STAGE_RISING, 3.0, 0.5);
-  SignalValue v = At(2);
-  EXPECT_DOUBLE_EQ(v.value, 2.0);
-  EXPECT_DOUBLE_EQ(v.derivative, 1.0);
-  EXPECT_DOUBLE_EQ(At(5).value, 3.0);  // a ramp stops at its level
-
-  ExpectEvent(3, STAGE_HIGH, 5.0);
-  ExpectEvent(5, STAGE_FALLING, 6.0, 0.25);
-  v = At(5.5);
-  EXPECT_DOUBLE_EQ(v.value, 2.0);
-  EXPECT_DOUBLE_EQ(v.derivative, -2.0);
-  ExpectEvent(6, STAGE_LOW, 11.0, 1.5);
-
-  // The same edges with the cosine shape.
-  s_->Slope.Index = SLOPE_COS;
-  ExpectEvent(11, STAGE_RISING, kAny);
-  v = At(12);
-  EXPECT_DOUBLE_EQ(v.value, (1 - std::cos(0.5 * kPi)) * 2 * 0.5 + 1);
-  EXPECT_DOUBLE_EQ(v.derivative, std::sin(0.5 * kPi) * 2 * 0.5 / 2 * kPi);
-  ExpectEvent(15, STAGE_FALLING, kAny);
-  v = At(15.25);
-  EXPECT_DOUBLE_EQ(v.value, 3 - (1 - std::cos(0.25 * kPi)) * 2 * 0.5);
-  EXPECT_DOUBLE_EQ(v.derivative, -std::sin(0.25 * kPi) * 2 * 0.5 / 1 * kPi);
-}
-
 TEST_F(SignalTest, PulseStartedInsideACycleFindsItsStage) {
   s_->Period.Value = 1;
   s_->Width.Value = 0.5;
@@ -206,128 +144,9 @@ TEST_F(SignalTest, PulseStartedInsideACycleFindsItsStage) {
   ExpectEvent(3.0, kAnyStage, 1e99);
 }
 
-TEST_F(SignalTest, SinglePulseEndsAfterItsFall) {
-  s_->Period.Value = kInf;
-  s_->Width.Value = 2;
-  s_->Fall.Value = 1;
-  ASSERT_TRUE(Start(SIGNAL_PULSE, 0));
-  ExpectEvent(0, STAGE_HIGH, 2.0, 1e9);
-  ExpectEvent(2, STAGE_FALLING, 3.0, 0.25);
-  ExpectEvent(3, STAGE_LOW, 1e99);
-}
-
-TEST_F(SignalTest, LogPulseChargesToTheLevelsAtTheEndsOfWidthAndPeriod) {
-  s_->U0.Value = 0;
-  s_->U1.Value = 10;
-  s_->Period.Value = 4;
-  s_->Width.Value = 2;
-  s_->Rise.Value = 0.5;
-  s_->Fall.Value = 0.5;
-  s_->Slope.Index = SLOPE_LOG;
-  ASSERT_TRUE(Start(SIGNAL_PULSE, 0));
-  double next, step;
-  Event(0, next, step);
-  EXPECT_NEAR(At(0).value, 0, 1e-12);
-  EXPECT_NEAR(At(2).value, 10, 1e-12);
-  const double e = std::exp(-1 / 0.5);
-  SignalValue v = At(1);
-  EXPECT_DOUBLE_EQ(v.value, (1 - e) * 10 / (1 - std::exp(-4.0)));
-  EXPECT_DOUBLE_EQ(v.derivative, e * 10 / (1 - std::exp(-4.0)) / 0.5);
-  Event(2, next, step);
-  ExpectEvent(2.5, STAGE_LOW, kAny);
-  EXPECT_NEAR(At(2.0).value, 10, 1e-9);
-  EXPECT_NEAR(At(4.0).value, 0, 1e-12);
-  EXPECT_LT(At(3).derivative, 0);
-}
-
 // ---- step ----
 
-TEST_F(SignalTest, StepAtZeroWithoutRiseIsHighFromTheFirstEvent) {
-  s_->U0.Value = -1;
-  s_->U1.Value = 4;
-  ASSERT_TRUE(Start(SIGNAL_STEP, 0));
-  ExpectEvent(0, STAGE_HIGH, 1e99);
-  EXPECT_EQ(At(0).value, 4);
-  EXPECT_TRUE(s_->IsHigh());
-}
-
-TEST_F(SignalTest, StepWaitsForItsDelayAndRamps) {
-  s_->U0.Value = 0;
-  s_->U1.Value = 8;
-  s_->Rise.Value = 2;
-  s_->Delay.Value = 1;
-  ASSERT_TRUE(Start(SIGNAL_STEP, 0));
-  EXPECT_EQ(s_->State, STAGE_IDLE);
-  EXPECT_EQ(At(0.5).value, 0);
-  ExpectEvent(0, kAnyStage, 1.0);
-  ExpectEvent(1, STAGE_RISING, 3.0, 0.5);
-  SignalValue v = At(2);
-  EXPECT_DOUBLE_EQ(v.value, 4);
-  EXPECT_DOUBLE_EQ(v.derivative, 4);
-  ExpectEvent(3 - 1e-15, STAGE_HIGH, kAny);
-
-  // A restart after the ramp is high at once, inside it rising.
-  ASSERT_TRUE(Start(SIGNAL_STEP, 5));
-  EXPECT_EQ(s_->State, STAGE_HIGH);
-  ASSERT_TRUE(Start(SIGNAL_STEP, 2));
-  EXPECT_EQ(s_->State, STAGE_RISING);
-
-  // "Log": exponential approach with Rise as time constant.
-  s_->Slope.Index = SLOPE_LOG;
-  v = At(3);
-  EXPECT_DOUBLE_EQ(v.value, (0 - 8) * std::exp(-1.0) + 8);
-  EXPECT_DOUBLE_EQ(v.derivative, 8 / 2.0 * std::exp(-1.0));
-}
-
-TEST_F(SignalTest, DerivativesOnlyWhileIntegrating) {
-  s_->Rise.Value = 1;
-  ASSERT_TRUE(Start(SIGNAL_STEP, 0.5));
-  env_.integrating = false;
-  SignalValue v = At(0.5);
-  EXPECT_DOUBLE_EQ(v.value, 5);
-  EXPECT_FALSE(v.hasDerivative);
-}
-
 // ---- sine ----
-
-TEST_F(SignalTest, SineAccumulatesItsPhase) {
-  s_->U0.Value = 1;
-  s_->U1.Value = 2;
-  s_->Period.Value = 1;
-  s_->Phase.Value = 90;
-  ASSERT_TRUE(Start(SIGNAL_SIN, 0));
-  ExpectEvent(0, kAnyStage, kAny, 0.0625);
-  SignalValue v = At(0);
-  EXPECT_DOUBLE_EQ(v.value, std::sin(0.25 * 2 * kPi) * 2 + 1);
-  v = At(0.25);
-  EXPECT_NEAR(v.value, 1, 1e-10);
-  EXPECT_DOUBLE_EQ(v.derivative, std::cos(0.5 * 2 * kPi) * 2 * 2 * kPi);
-
-  // A period changed between steps bends the wave without a jump.
-  s_->Period.Value = 2;
-  v = At(0.75);
-  EXPECT_DOUBLE_EQ(s_->PhaseAccum, 0.25 + 0.25);
-  EXPECT_DOUBLE_EQ(v.value, std::sin(0.75 * 2 * kPi) * 2 + 1);
-}
-
-TEST_F(SignalTest, SineRestartKeepsThePhaseAndStartsLateAtItsPhase) {
-  s_->Period.Value = 1;
-  s_->Delay.Value = 0.5;
-  ASSERT_TRUE(Start(SIGNAL_SIN, 0));
-  EXPECT_EQ(s_->State, STAGE_IDLE);
-  EXPECT_EQ(At(0.2).value, 0);
-  ExpectEvent(0.2, kAnyStage, 0.5);
-
-  // Started at 1.75 with the delay 0.5: a quarter of a cycle in.
-  s_->ActiveModel = SIGNAL_NONE;
-  ASSERT_TRUE(Start(SIGNAL_SIN, 1.75));
-  EXPECT_EQ(s_->State, STAGE_HIGH);
-  EXPECT_DOUBLE_EQ(s_->PhaseAccum, 0.25);
-  At(1.8);
-  const double accumulated = s_->PhaseAccum;
-  ASSERT_TRUE(Start(SIGNAL_SIN, 1.8));  // same run: the phase stays
-  EXPECT_EQ(s_->PhaseAccum, accumulated);
-}
 
 // ---- tables ----
 
@@ -439,34 +258,6 @@ TEST_F(SignalTest, ListFieldsAreExpressionsAndAnOddFieldIsDropped) {
 
 // ---- data files ----
 
-TEST_F(SignalTest, DataFileBesideTheCircuit) {
-  tz4_test::TempDir dir("signal");
-  tz4_test::WriteFile(dir.File("wave.txt"), "0\t1\n\n1;2\n2 , 3m\nheader\n3,4,extra\n");
-  env_.folder = dir.File("");
-  s_->FileName = "wave.txt";
-  ASSERT_TRUE(Start(SIGNAL_FILE, 0)) << LastError();
-  ASSERT_EQ(s_->PointCount, 4);
-  EXPECT_EQ(s_->Points[2].Y, 3e-3);
-  EXPECT_EQ(s_->Points[3].X, 3);
-  EXPECT_EQ(s_->LoadedFile, dir.File("wave.txt"));
-  EXPECT_DOUBLE_EQ(At(0.5).value, 1.5);
-
-  // The same name is not read again and keeps its position.
-  double next, step;
-  Event(1.5, next, step);
-  EXPECT_EQ(s_->PointIndex, 1);
-  tz4_test::WriteFile(dir.File("wave.txt"), "0\t9\n");
-  ASSERT_TRUE(Start(SIGNAL_FILE, 1.5));
-  EXPECT_EQ(s_->PointCount, 4);
-  EXPECT_EQ(s_->PointIndex, 1);
-
-  // After the points are cleared (a reset), it is read anew.
-  s_->ClearPoints();
-  ASSERT_TRUE(Start(SIGNAL_FILE, 0));
-  EXPECT_EQ(s_->PointCount, 1);
-  EXPECT_EQ(At(3).value, 9);
-}
-
 TEST_F(SignalTest, DataFileFieldsSplitAtBlanksTabsCommasAndSemicolons) {
   tz4_test::TempDir dir("signal");
   env_.folder = dir.File("");
@@ -525,28 +316,6 @@ TEST_F(SignalTest, DataFileFailures) {
 }
 
 // ---- function ----
-
-TEST_F(SignalTest, FunctionOfTimeAndItsDerivative) {
-  s_->Function = "3*t*t";
-  ASSERT_TRUE(Start(SIGNAL_FUNCTION, 0));
-  env_.h = 0.5;
-  SignalValue v = At(2);
-  EXPECT_DOUBLE_EQ(v.value, 12);
-  ASSERT_TRUE(v.hasDerivative);
-  EXPECT_DOUBLE_EQ(v.derivative, (3 * 2.5 * 2.5 - 12) / 0.5);
-  EXPECT_EQ(s_->Variables.Find("t")->Values[0].Dbl, 2.5);
-
-  env_.h = 0;
-  v = At(1);
-  EXPECT_EQ(v.value, 3);
-  EXPECT_FALSE(v.hasDerivative);
-
-  s_->Function = "t+unknown_name";
-  SignalValue out;
-  std::string error;
-  EXPECT_FALSE(s_->Value(1, env_, out, error));
-  EXPECT_FALSE(error.empty());
-}
 
 // ---- time shift ----
 

@@ -67,48 +67,6 @@ TEST(CapacitorStateForm, ValueIgnoreAndForceDecideWhatTheDividerSees) {
   }
 }
 
-TEST(CapacitorStateForm, TheNextOrderIsTheCurrentOverC) {
-  Bench bench;
-  ASSERT_TRUE(Divider(bench, "3"));
-  CElemC& c = bench.C("C1");
-  EXPECT_EQ(c.Voltage, 3.0);
-  bench.calc.stampMode = 0;
-  ASSERT_TRUE(bench.calc.StampMatrices(0.0));
-  EXPECT_DOUBLE_EQ(Raw(bench.calc).B[static_cast<size_t>(c.firstRow)][c.firstRow], -1e6);
-}
-
-TEST(CapacitorStateForm, MarkedRowTakesItsVoltageFromTheSolution) {
-  // A capacitor with 3 V across a 10 V source: its current would be
-  // infinite. The pair solve marks its row, and the adjustment takes the
-  // source's voltage as the capacitor's, after which the search settles;
-  // with the source's row before the capacitor's ("A1") or after it ("V1").
-  for (const std::string source : {"A1", "V1"}) {
-    SCOPED_TRACE(source);
-    Bench bench;
-    bench.Load(
-        "<Cmp type=\"C_C\" id=\"1\" name=\"C1\" node0=\"0\" node1=\"1\" model=\"C\" c=\"1e-6\" "
-        "ic=\"3\" />");
-    bench.Source(source, 0, 1, 10.0);
-    bench.cmps.Sort();
-    ASSERT_TRUE(bench.Build());
-    CElemC& c = bench.C("C1");
-    EXPECT_EQ(bench.cmps.Find(source)->firstRow < c.firstRow, source == "A1");
-    EXPECT_EQ(bench.calc.SolveInitial(0.0, true, false), 99);
-    EXPECT_EQ(bench.calc.error, std::string("Infinity at node 3 : ") + (source == "A1" ? "C1" : source));
-    EXPECT_NE(Raw(bench.calc).rowMark[static_cast<size_t>(c.firstRow)], 0);
-    EXPECT_TRUE(c.forceIC);  // a neighbour of the source, and known already
-    EXPECT_EQ(bench.calc.AdjustIC(), 1);
-    EXPECT_TRUE(c.HasValue);
-    EXPECT_NEAR(c.Voltage, 10.0, 1e-12);
-    bench.calc.error.clear();
-    EXPECT_EQ(bench.calc.SolveInitial(0.0, true, false), 0) << bench.calc.error;
-    EXPECT_NEAR(bench.X(1), 10.0, 1e-12);
-    EXPECT_EQ(bench.I(c), 0.0);
-    // Nothing is marked any more, so nothing changes.
-    EXPECT_EQ(bench.calc.AdjustIC(), 0);
-  }
-}
-
 TEST(CapacitorStateForm, UnreadableInitialConditionStopsTheBuild) {
   Bench bench;
   bench.Load(WithIC(kRC, "three"));
@@ -117,45 +75,7 @@ TEST(CapacitorStateForm, UnreadableInitialConditionStopsTheBuild) {
   EXPECT_EQ(bench.calc.error, "C1 : IC : formula error");
 }
 
-TEST(CapacitorStateForm, ARebuildKeepsTheVoltageReached) {
-  Bench bench;
-  bench.Load(WithIC(kRC, "3"));
-  bench.Resistor("R1", 2, 0, 1000.0);
-  ASSERT_TRUE(bench.Build());
-  CElemC& c = bench.C("C1");
-  c.Voltage = 1.25;
-  // The same model enters the list again: the initial text is not read.
-  bench.calc.ClearRunList();
-  EXPECT_EQ(bench.calc.AddComponents(bench.cmps), 0);
-  EXPECT_EQ(c.Voltage, 1.25);
-  // A fresh start reads it.
-  c.prevModelId = 0;
-  bench.calc.ClearRunList();
-  EXPECT_EQ(bench.calc.AddComponents(bench.cmps), 0);
-  EXPECT_EQ(c.Voltage, 3.0);
-}
-
 // -------------------------------------------------------------- dynamic form
-
-TEST(CapacitorDynamic, ChargeFollowsTheBackwardEulerRecurrence) {
-  Bench bench;
-  bench.Load(WithIC(kRC, "0"));
-  bench.Source("V1", 0, 1, 10.0);
-  bench.Resistor("R1", 1, 2, 1000.0);
-  ASSERT_TRUE(bench.Build());
-  ASSERT_EQ(bench.Initial(), 0);
-  bench.calc.AcceptAll();
-  EXPECT_EQ(bench.X(2), 0.0);
-  const double tau = 1e-3, h = 1e-4;
-  double t = 0.0;
-  for (int n = 1; n <= 20; n++) {
-    bench.EulerSteps(t, h, 1);
-    const double expected = 10.0 * (1.0 - std::pow(1.0 / (1.0 + h / tau), n));
-    ASSERT_NEAR(bench.X(2), expected, 1e-9) << n;
-    // The row is the current C dV/dt, equal to the resistor's.
-    ASSERT_NEAR(bench.I(bench.C("C1")), (10.0 - bench.X(2)) / 1000.0, 1e-12);
-  }
-}
 
 TEST(CapacitorDynamic, InfiniteCapacitanceHoldsItsVoltage) {
   Bench bench;

@@ -432,24 +432,6 @@ TEST(DiodeStorage, InitialChargeAndItsSavedText) {
   EXPECT_EQ(d.GetICText(text), "D1.IC=off;D1.ICQ=0");
 }
 
-TEST(DiodeSoft, WithoutStorageTimeItIsAPlainDiodeWithAnIdleRow) {
-  Bench bench;
-  double v = 5.0;
-  ASSERT_TRUE(bench.Series(Diode("D_D", "D1", "Soft", 0, 2, "vd=\"0.7\""), &v));
-  CElemD& d = bench.D("D1");
-  ASSERT_EQ(bench.Solve(), 0);
-  EXPECT_EQ(d.state, 1);
-  EXPECT_NEAR(bench.I(d), 4.3e-3, 1e-15);
-  bench.calc.stampMode = 1;
-  ASSERT_TRUE(bench.calc.StampMatrices(0.0));
-  const size_t r1 = static_cast<size_t>(d.firstRow + 1);
-  EXPECT_EQ(Raw(bench.calc).A[r1][r1], -1.0);
-  EXPECT_EQ(Raw(bench.calc).c[r1], 0.0);
-  v = -5.0;
-  ASSERT_EQ(bench.Solve(), 0);
-  EXPECT_EQ(d.state, 0);
-}
-
 TEST(DiodeSoft, ReverseRecoveryRunsThroughBothPhases) {
   // Charged by 10 mA through t = 1 us, then reversed: first the drop holds
   // with the current reversed, then, once |i| ts reaches the charge, the
@@ -493,17 +475,6 @@ TEST(DiodeSoft, ReverseRecoveryRunsThroughBothPhases) {
   EXPECT_NEAR(bench.X(2), -9.3, 1e-12);
   // Off again, it may be tried both ways.
   EXPECT_TRUE(d.GetStateRange(low, high));
-}
-
-TEST(DiodeSoft, TestPassClearsThePhase) {
-  Bench bench;
-  double v = 0.0;
-  ASSERT_TRUE(bench.Series(Diode("D_D", "D1", "Soft", 0, 2, "vd=\"0.7\" t=\"1e-6\" ts=\"1e-7\""), &v));
-  CElemD& d = bench.D("D1");
-  ASSERT_EQ(bench.Solve(), 0);
-  d.phase = 1;
-  EXPECT_FALSE(d.CheckSwitching(bench.calc, false));
-  EXPECT_EQ(d.phase, 0);
 }
 
 // ------------------------------------------------------------------- tables

@@ -170,28 +170,6 @@ TEST(ResistorTable, DefaultTextIsOneOhmInOneSegment) {
   EXPECT_EQ(bench.R("RT").state, 0);
 }
 
-// 1 kOhm within +-1 V and 10 Ohm beyond, in series with 100 Ohm from the
-// source. Segment +1: 1 mA + (V - 1) / 10 = (E - V) / 100.
-TEST(ResistorTable, SwitchesToTheSegmentOfTheSolution) {
-  for (double e : {5.0, -5.0}) {
-    SCOPED_TRACE(e);
-    Bench bench(Source("V1", 0, 1, e) + Resistor("RS", 1, 2, "100") +
-                Table("R_R", "PWL", "RT", "node0=\"0\" node1=\"2\"", "1000,1,10"));
-    ASSERT_EQ(bench.Build(), 0);
-    int low = 0, high = 0;
-    EXPECT_TRUE(bench.R("RT").GetStateRange(low, high));
-    EXPECT_EQ(low, -1);
-    EXPECT_EQ(high, 1);
-    ASSERT_EQ(bench.Solve(), 0) << bench.calc.error;
-    const double sign = e > 0 ? 1.0 : -1.0;
-    const double v = 0.149 / 0.11;
-    EXPECT_EQ(bench.R("RT").state, static_cast<int>(sign));
-    EXPECT_NEAR(bench.Across("RT"), sign * v, 1e-12);
-    EXPECT_NEAR(bench.Row("RT"), sign * (1e-3 + (v - 1) / 10), 1e-12);
-    EXPECT_NE(bench.calc.cause.find("RT"), std::string::npos);
-  }
-}
-
 TEST(ResistorTable, ACheckWithoutApplyMovesNothingAndCrossingStopsAtTheOrigin) {
   // Five segments; the solution lies in +2 while the state starts at -2.
   Bench bench(Source("V1", 0, 1, 10) + Resistor("RS", 1, 2, "100") +
@@ -209,17 +187,6 @@ TEST(ResistorTable, ACheckWithoutApplyMovesNothingAndCrossingStopsAtTheOrigin) {
   // All segments are 1 kOhm: the curve is a straight line through 0.
   EXPECT_NEAR(bench.V(2), 10.0 * 1000 / 1100, 1e-9);
   EXPECT_FALSE(rt.CheckSwitching(bench.calc, true));
-}
-
-TEST(ResistorTable, StateOutsideANewTableStartsAtTheOrigin) {
-  Bench bench(Source("V1", 0, 1, 0.5) + Table("R_R", "PWL", "RT", "node0=\"0\" node1=\"1\"", "2"));
-  CElemR& rt = bench.R("RT");
-  rt.state = 3;
-  rt.prevModelId = MODEL_TABLE;  // a rebuild: the model did not change
-  ASSERT_EQ(bench.Build(), 0);
-  EXPECT_EQ(rt.state, 0);
-  ASSERT_EQ(bench.Solve(), 0);
-  EXPECT_NEAR(bench.Row("RT"), 0.25, 1e-12);
 }
 
 // A voltage-controlled resistor: 1 kOhm while |Vc| < 1 V, 10 Ohm beyond.

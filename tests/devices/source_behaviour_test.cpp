@@ -205,16 +205,5 @@ TEST(SourceSaveIC, TimedModelsMoveTheirOriginToTheSavedPoint) {
   EXPECT_EQ(bench.Src("V3").GetICText(text), "");
 }
 
-TEST(SourceSaveIC, NoShiftSettingKeepsTheOrigin) {
-  CCalcSettings settings;
-  settings.nsr = true;
-  Bench bench(Signal("Step", "d=\"2e-3\"") + Load(1), settings);
-  ASSERT_EQ(bench.Build(), 0);
-  const double delay = bench.Src("V1").Signal.Delay.Value;
-  bench.calc.lastTime = 2.5e-4;
-  bench.calc.SaveIC();
-  EXPECT_EQ(bench.Src("V1").Signal.Delay.Value, delay);
-}
-
 }  // namespace
 }  // namespace tz4

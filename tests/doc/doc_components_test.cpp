@@ -29,36 +29,6 @@ std::string Names(const CDoc& doc) {
   return names;
 }
 
-double Number(CDoc& doc, const char* path) {
-  CParam param;
-  EXPECT_TRUE(doc.FindParam(path, param)) << path;
-  return param.Kind == tz4::PK_END ? -1.0 : tz4::GetNumber(param);
-}
-
-std::string FullText(CDoc& doc, const char* path) {
-  CParam param;
-  std::string text;
-  EXPECT_TRUE(doc.FindParam(path, param)) << path;
-  EXPECT_TRUE(tz4::GetFullText(param, text)) << path;
-  return text;
-}
-
-TEST(DocComponents, LoadBuildsTheSortedCollection) {
-  CDoc doc;
-  ASSERT_TRUE(doc.Load(DataFile("values_circuit.tz4")));
-  EXPECT_EQ(Names(doc), "C1;D1;I1;P1;R1;R2;RH;V1;IN;OUT;A;");
-  EXPECT_EQ(doc.traces.Count(), 2);
-  EXPECT_EQ(doc.traces[0]->GetName(), "V(C1)");
-  EXPECT_EQ(doc.traces[1]->GetName(), "R1.R*2");
-  // Formulas are evaluated once the whole list is there, with the logic
-  // levels of this file.
-  EXPECT_EQ(Number(doc, "R2.R"), 2000.0);
-  EXPECT_EQ(Number(doc, "RH.R"), 3300.0);
-  EXPECT_EQ(doc.changeFlags, 0u);
-  EXPECT_FALSE(doc.running);
-  ASSERT_NE(doc.calc, nullptr);
-}
-
 TEST(DocComponents, UnknownTypeEndsTheListButNotTheLoad) {
   tz4::SetLastError("");
   CDoc doc;
@@ -75,43 +45,6 @@ TEST(DocComponents, UnknownTypeEndsTheListButNotTheLoad) {
   CDoc modelDoc;
   ASSERT_TRUE(modelDoc.Load(dir.File("model.tz4")));
   EXPECT_EQ(Names(modelDoc), "C1;Q1;R1;R2;");
-}
-
-TEST(DocComponents, SaveRewritesTheComponentsInCollectionOrder) {
-  TempDir dir("doccmpsave");
-  const std::string first = dir.File("first.tz4");
-  const std::string second = dir.File("second.tz4");
-  {
-    CDoc doc;
-    ASSERT_TRUE(doc.Load(DataFile("values_circuit.tz4")));
-    CParam r1;
-    ASSERT_TRUE(doc.FindParam("R1.R", r1));
-    ASSERT_EQ(tz4::SetValue(r1, 1500.0, &doc.changeFlags), 0);
-    doc.cmps.UpdateFormulas();  // as a run does after a change
-    ASSERT_TRUE(doc.Save(first));
-    ASSERT_TRUE(doc.Save(second));  // saving twice gives the same file
-    CXmlNode* cmps = doc.xml->FindChild("Doc")->FindChild("Cmps");
-    ASSERT_EQ(cmps->GetChildCount(), doc.cmps.Count());
-    EXPECT_EQ(cmps->GetChild(0)->GetAttribute("name"), "C1");
-    EXPECT_EQ(cmps->GetChild(0)->name, "Cmp");
-  }
-  EXPECT_EQ(ReadFile(first), ReadFile(second));
-
-  CDoc back;
-  ASSERT_TRUE(back.Load(first));
-  EXPECT_EQ(Names(back), "C1;D1;I1;P1;R1;R2;RH;V1;IN;OUT;A;");
-  EXPECT_EQ(Number(back, "R1.R"), 1500.0);
-  EXPECT_EQ(FullText(back, "R2.R"), "=R1.R*2");  // the formula, not its value
-  EXPECT_EQ(Number(back, "R2.R"), 3000.0);
-  EXPECT_EQ(Number(back, "P1.Position"), 0.5);
-  EXPECT_EQ(FullText(back, "D1.IC"), "Off");
-  EXPECT_EQ(Number(back, "V1.V"), 5.0);
-  EXPECT_EQ(Number(back, "A.Value"), 3.0);
-  EXPECT_EQ(back.traces.Count(), 2);
-  // Saving what was read back gives the same text again.
-  const std::string third = dir.File("third.tz4");
-  ASSERT_TRUE(back.Save(third));
-  EXPECT_EQ(ReadFile(third), ReadFile(first));
 }
 
 TEST(DocComponents, HostNumbersAndErrors) {

@@ -27,19 +27,6 @@ bool LoadText(CDoc& doc, const TempDir& dir, const std::string& content) {
   return doc.Load(path);
 }
 
-TEST(DocSave, UntouchedFileIsWrittenBackByteForByte) {
-  TempDir dir("docsame");
-  for (const char* name : {"host_extras.tz4", "frame_minimal.tz4"}) {
-    CDoc doc;
-    ASSERT_TRUE(doc.Load(DataFile(name)));
-    ASSERT_TRUE(doc.Save(dir.File(name)));
-    EXPECT_EQ(ReadFile(dir.File(name)), ReadFile(DataFile(name))) << name;
-    EXPECT_EQ(doc.fileName, DataFile(name));
-    EXPECT_TRUE(doc.xml->storing);  // the tree stays in store direction
-    EXPECT_TRUE(doc.xml->FindChild("Doc")->storing);
-  }
-}
-
 TEST(DocSave, PatchesOnlyStepTimeoutAndOptions) {
   TempDir dir("docpatch");
   CDoc doc;

@@ -120,33 +120,6 @@ TEST(DataDeleteOld, FlatStretchContinuesOnTheMovedSample) {
   ExpectSamples(d, {{2, 2}, {4, 2}, {5, 3}});
 }
 
-TEST(DataDeleteOld, MovesAcrossBlocksAndReusesThem) {
-  CData d;
-  const int n = 2 * kBlock + 100;
-  AddRamp(d, 0, n);
-  EXPECT_EQ(d.BlockCount(), 3);
-  const int keepFrom = kBlock - 10;  // straddles the first border
-  d.DeleteOld(keepFrom + 0.5);
-  ASSERT_EQ(d.Count(), n - keepFrom);
-  for (int i = 0; i < d.Count(); i += 997) {
-    double t = 0, v = 0;
-    ASSERT_TRUE(d.GetAt(i, &t, &v));
-    EXPECT_EQ(t, keepFrom + i);
-    EXPECT_EQ(v, 10.0 * (keepFrom + i));
-  }
-  double t = 0, v = 0;
-  ASSERT_TRUE(d.GetAt(d.Count() - 1, &t, &v));
-  EXPECT_EQ(t, n - 1);
-  // Blocks stay; new samples go into them without allocating.
-  EXPECT_EQ(d.BlockCount(), 3);
-  d.SetAllocator(Limited(0));
-  AddRamp(d, n, kBlock);
-  EXPECT_EQ(d.Count(), n - keepFrom + kBlock);
-  EXPECT_EQ(d.BlockCount(), 3);
-  ASSERT_TRUE(d.GetAt(d.Count() - 1, &t, &v));
-  EXPECT_EQ(t, n + kBlock - 1);
-}
-
 // ------------------------------------------------------------ blocks and ring
 
 TEST(DataRing, FailingAllocatorAtSecondBlock) {
@@ -166,29 +139,6 @@ TEST(DataRing, FailingAllocatorAtSecondBlock) {
   d.Add(kBlock + 1, -1.0);
   d.Add(kBlock + 2, -1.0);
   ExpectSamples(d, {{double(kBlock), -1.0}, {kBlock + 2.0, -1.0}});
-}
-
-TEST(DataRing, OldestBlockMovesToTheEnd) {
-  CData d(Limited(3));
-  AddRamp(d, 0, 3 * kBlock);
-  const CData::Sample* b0 = d.BlockData(0);
-  const CData::Sample* b1 = d.BlockData(1);
-  const CData::Sample* b2 = d.BlockData(2);
-
-  AddRamp(d, 3 * kBlock, 5);
-  ASSERT_EQ(d.Count(), 2 * kBlock + 5);
-  EXPECT_EQ(d.BlockData(0), b1);
-  EXPECT_EQ(d.BlockData(1), b2);
-  EXPECT_EQ(d.BlockData(2), b0);
-
-  double t = 0, v = 0;
-  ASSERT_TRUE(d.GetAt(0, &t, &v));
-  EXPECT_EQ(t, kBlock);  // the first 65536 samples are gone
-  ASSERT_TRUE(d.GetAt(2 * kBlock, &t, &v));
-  EXPECT_EQ(t, 3 * kBlock);
-  EXPECT_EQ(d.FindIndex(3 * kBlock + 2), 2 * kBlock + 2);
-  ASSERT_TRUE(d.Get(3 * kBlock - 0.5, &v));
-  EXPECT_DOUBLE_EQ(v, 10.0 * (3 * kBlock - 0.5));
 }
 
 TEST(DataRing, ThrowingAllocatorIsCaught) {
@@ -218,24 +168,6 @@ TEST(DataRing, NoBlockAtAllFails) {
 }
 
 // ------------------------------------------------------------ Clear and move
-
-TEST(DataLifecycle, ClearFreesAndRestartsCompression) {
-  CData d;
-  AddRamp(d, 0, kBlock + 3);
-  d.Add(100000, 5);
-  d.Add(100001, 5);  // flat
-  d.Clear();
-  EXPECT_EQ(d.Count(), 0);
-  EXPECT_EQ(d.BlockCount(), 0);
-  double v = 1;
-  EXPECT_FALSE(d.Get(0, &v));
-
-  ASSERT_TRUE(d.Add(1, 5));  // a first sample, not a flat continuation
-  EXPECT_EQ(d.Count(), 1);
-  ASSERT_TRUE(d.Add(2, 5));
-  ASSERT_TRUE(d.Add(3, 5));
-  ExpectSamples(d, {{1, 5}, {3, 5}});
-}
 
 TEST(DataLifecycle, MoveKeepsTheFlatStretch) {
   CData a;

@@ -126,29 +126,6 @@ class TraceTest : public ::testing::Test {
 
 // ---- names and the file ----
 
-TEST_F(TraceTest, LoadReadsEveryChildAndNamesFallBackToExpr) {
-  LoadTraces();
-  ASSERT_EQ(traces.Count(), 3);
-  EXPECT_EQ(traces[0]->type, 0);
-  EXPECT_EQ(traces[0]->id, 1);
-  EXPECT_EQ(traces[0]->GetName(), "V(R1)");
-  EXPECT_EQ(traces[2]->type, 4);
-  EXPECT_EQ(traces[2]->name, "");
-  EXPECT_EQ(traces[2]->GetName(), "t*2");
-  EXPECT_EQ(traces[2]->handle, -1);
-  EXPECT_FALSE(traces.Serialize(nullptr));
-
-  // A child of any name counts, and missing attributes keep the defaults.
-  CXmlNode list("Traces");
-  list.storing = false;
-  list.AddChild("Other");
-  CTraces other;
-  ASSERT_TRUE(other.Serialize(&list));
-  ASSERT_EQ(other.Count(), 1);
-  EXPECT_EQ(other[0]->type, -1);
-  EXPECT_EQ(other[0]->id, -1);
-}
-
 TEST_F(TraceTest, NamesAreBuiltFromTheGivenTextAndFoundIgnoringCase) {
   CTrace* v = Add(0, "R1");
   CTrace* i = Add(1, "r1");
@@ -215,74 +192,6 @@ TEST_F(TraceTest, AddRefusesWithTheReason) {
   EXPECT_EQ(LastError(), "component X1.R1 not found");
   EXPECT_EQ(traces.Count(), 0);
   EXPECT_EQ(TracesElement()->GetChildCount(), 3);
-}
-
-int32_t handleCounter = 40;
-int32_t NextTestHandle() { return handleCounter++; }
-
-TEST_F(TraceTest, HandlesAreGivenOnceAndFound) {
-  LoadTraces();
-  handleCounter = 40;
-  EXPECT_EQ(CTraces::AssignHandle(*traces[1], &NextTestHandle), 40);
-  EXPECT_EQ(CTraces::AssignHandle(*traces[1], &NextTestHandle), 40);
-  EXPECT_EQ(CTraces::AssignHandle(*traces[0], &NextTestHandle), 41);
-  EXPECT_EQ(traces.FindByHandle(40), traces[1]);
-  EXPECT_EQ(traces.FindByHandle(-1), nullptr);
-  EXPECT_EQ(LastError(), "");
-  EXPECT_EQ(traces.FindByHandle(7), nullptr);
-  EXPECT_EQ(LastError(), "no trace");
-}
-
-// ---- the "Traces" element in step with the list ----
-
-TEST_F(TraceTest, AddAppendsAnElementThatReadsBackAsTheSameTrace) {
-  LoadTraces();
-  Add(0, "R2");
-  Add(4, "t + 100%");
-  ASSERT_EQ(TracesElement()->GetChildCount(), 5);
-  CXmlNode* element = TracesElement()->GetChild(3);
-  EXPECT_EQ(element->name, "Trace");
-  EXPECT_EQ(element->GetAttribute("type"), "0");
-  EXPECT_EQ(element->GetAttribute("id"), "4");
-  EXPECT_EQ(element->GetEncodedAttribute("tracename", ""), "V(R2)");
-  EXPECT_EQ(element->GetEncodedAttribute("expr", ""), "V(R2)");
-  EXPECT_FALSE(element->storing);
-
-  // Write the tree out and read it again: the list comes back as it was.
-  CXmlNode reread("TZ4");
-  ASSERT_EQ(reread.LoadFromText(root->WriteDocument()), 0);
-  reread.storing = false;
-  CTraces again;
-  ASSERT_TRUE(again.Serialize(reread.FindChild("Doc")->FindChild("Tran")->FindChild("Traces")));
-  ASSERT_EQ(again.Count(), 5);
-  for (int i = 0; i < 5; ++i) {
-    EXPECT_EQ(again[i]->GetName(), traces[i]->GetName());
-    EXPECT_EQ(again[i]->type, traces[i]->type);
-    EXPECT_EQ(again[i]->id, traces[i]->id);
-  }
-  EXPECT_EQ(again[4]->expr, "t + 100%");
-}
-
-TEST_F(TraceTest, DeletingKeepsListAndElementsParallel) {
-  LoadTraces();
-  ASSERT_EQ(ElementNames(), (std::vector<std::string>{"V(R1)", "I(R1)", ""}));
-  traces.Delete(traces[0], root.get());
-  EXPECT_EQ(traces.Count(), 2);
-  EXPECT_EQ(ElementNames(), (std::vector<std::string>{"I(R1)", ""}));
-  EXPECT_EQ(traces[0]->GetName(), "I(R1)");
-  EXPECT_EQ(traces[1]->GetName(), "t*2");
-
-  CTrace* added = Add(2, "R1");
-  traces.Delete(traces[1], root.get());
-  EXPECT_EQ(ElementNames(), ListNames());
-  EXPECT_EQ(traces[1], added);
-
-  // A trace that is not in the list changes nothing.
-  CTrace stranger;
-  traces.Delete(&stranger, root.get());
-  traces.Delete(nullptr, root.get());
-  EXPECT_EQ(traces.Count(), 2);
-  EXPECT_EQ(ElementNames(), ListNames());
 }
 
 TEST_F(TraceTest, AddToAFileWithoutTracesCreatesTheElements) {
