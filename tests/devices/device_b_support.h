@@ -54,35 +54,6 @@ std::unique_ptr<T> Load(const std::string& tag, const std::string& element, bool
   return cmp;
 }
 
-// The component's element, written on one line.
-inline std::string Store(CCmp& cmp) {
-  CXmlNode node("Cmp");
-  EXPECT_TRUE(cmp.Serialize(node, false));
-  return node.WriteInline();
-}
-
-// The element loads and stores back to the very same text.
-template <class T>
-void ExpectRoundTrip(const std::string& tag, const std::string& element) {
-  auto cmp = Load<T>(tag, element);
-  ASSERT_NE(cmp, nullptr);
-  EXPECT_EQ(Store(*cmp), element);
-}
-
-// A circuit's "Cmps" element loads through the component collection and
-// stores back to the very same text. The text must list its components in
-// collection order, since the collection sorts what it loads.
-inline void ExpectCircuitRoundTrip(const std::string& cmpsElement) {
-  CXmlNode root("Cmps");
-  ASSERT_EQ(root.LoadFromText(cmpsElement), 0);
-  CCmps circuit;
-  ASSERT_TRUE(circuit.Serialize(&root, ComponentTypes()));
-  CXmlNode out("Cmps");
-  out.storing = true;
-  ASSERT_TRUE(circuit.Serialize(&out, ComponentTypes()));
-  EXPECT_EQ(out.WriteInline(), cmpsElement);
-}
-
 // Selects the model row of that name; false when the type has none.
 inline bool SelectModel(CCmp& cmp, const std::string& model) {
   for (int i = 0; cmp.models != nullptr && cmp.models[i].name != nullptr; i++) {
@@ -92,35 +63,6 @@ inline bool SelectModel(CCmp& cmp, const std::string& model) {
     }
   }
   return false;
-}
-
-struct ModelRow {
-  const char* name;
-  int32_t id;
-  int32_t extraRows;
-  int32_t traceMask;
-};
-
-// The type's description, pin count and model table, row by row.
-inline void ExpectType(const std::string& tag, int64_t pinCount, const char* description,
-                       const std::vector<ModelRow>& rows) {
-  const ElemType* type = ComponentTypes().Find(tag);
-  ASSERT_NE(type, nullptr) << tag;
-  EXPECT_EQ(type->pinCount, pinCount) << tag;
-  EXPECT_STREQ(type->description, description) << tag;
-  ASSERT_NE(type->models, nullptr);
-  size_t count = 0;
-  while (type->models[count].name != nullptr) count++;
-  ASSERT_EQ(count, rows.size()) << tag;
-  for (size_t i = 0; i < rows.size(); i++) {
-    const ModelInfo& model = type->models[i];
-    SCOPED_TRACE(tag + " " + rows[i].name);
-    EXPECT_STREQ(model.name, rows[i].name);
-    EXPECT_EQ(model.id, rows[i].id);
-    EXPECT_EQ(model.extraRows, rows[i].extraRows);
-    EXPECT_EQ(model.traceMask, rows[i].traceMask);
-    EXPECT_EQ(model.params == nullptr, model.id == MODEL_SUBCIR);
-  }
 }
 
 // Whether the bound target has the storage that the kind needs.

@@ -1,5 +1,5 @@
-// Inductors: type and model tables, parameters of the plain, coupled and
-// custom shapes, the file element, the IC text.
+// Inductors: the per-instance table of custom winding sets and the IC text
+// of each shape.
 #include <gtest/gtest.h>
 
 #include "devices/registry.h"
@@ -10,10 +10,6 @@ namespace tz4 {
 namespace {
 
 using devtest::ExpectParams;
-using devtest::ExpectRoundTrip;
-using devtest::ExpectType;
-using devtest::Load;
-using devtest::Store;
 
 TEST(InductorCustom, WindingsBuildTheirOwnTable) {
   auto set = devtest::CreateAs<CElemL>("L_CUSTOM");
