@@ -1,7 +1,6 @@
-// Shared checks for the tests of the switch, transistor, amplifier,
-// controlled-source and logic families: creating components by tag, loading
-// and storing their file elements, and walking their model and parameter
-// tables.
+// Shared helpers of the device tests: creating components by tag, loading
+// their file elements, selecting a model and checking a model's parameter
+// table.
 #pragma once
 #include <gtest/gtest.h>
 
