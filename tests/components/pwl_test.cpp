@@ -26,16 +26,6 @@ double CurveAt(const CPWL& pwl, double x) {
   return pwl.Slope[index] * x + pwl.Intercept[index];
 }
 
-CPWL Parsed(const std::string& text, const std::string& curve = "V(V)", bool reciprocal = false) {
-  CPWL pwl;
-  pwl.Text = text;
-  pwl.Curve = curve;
-  pwl.Reciprocal = reciprocal;
-  SetLastError("");
-  EXPECT_TRUE(pwl.Parse(nullptr)) << LastError();
-  return pwl;
-}
-
 TEST(PwlText, UnmirroredTablesGetAZeroBreakpoint) {
   EXPECT_EQ(RewriteUnmirroredTable("n,2"), "2,0,2");
   EXPECT_EQ(RewriteUnmirroredTable("n,1,1,2"), "1,0,1,1,2");
@@ -44,13 +34,6 @@ TEST(PwlText, UnmirroredTablesGetAZeroBreakpoint) {
   EXPECT_EQ(RewriteUnmirroredTable("n,1,-2,2,-1,3"), "1,-2,2,-1,3,0,3");
   EXPECT_EQ(RewriteUnmirroredTable("1,1,2"), "1,1,2");
   EXPECT_EQ(RewriteUnmirroredTable(""), "");
-}
-
-TEST(PwlText, RewrittenTableParsesAsFullTable) {
-  CPWL pwl = Parsed(RewriteUnmirroredTable("n,1,1,2"));
-  ASSERT_EQ(pwl.Count, 3);
-  EXPECT_DOUBLE_EQ(CurveAt(pwl, -1.0), -1.0);
-  EXPECT_DOUBLE_EQ(CurveAt(pwl, 2.0), 3.0);
 }
 
 // The report of a table fault, as the component collects it.

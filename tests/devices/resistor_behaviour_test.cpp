@@ -170,25 +170,6 @@ TEST(ResistorTable, DefaultTextIsOneOhmInOneSegment) {
   EXPECT_EQ(bench.R("RT").state, 0);
 }
 
-TEST(ResistorTable, ACheckWithoutApplyMovesNothingAndCrossingStopsAtTheOrigin) {
-  // Five segments; the solution lies in +2 while the state starts at -2.
-  Bench bench(Source("V1", 0, 1, 10) + Resistor("RS", 1, 2, "100") +
-              Table("R_R", "PWL", "RT", "node0=\"0\" node1=\"2\"", "1000,1,1000,2,1000"));
-  ASSERT_EQ(bench.Build(), 0);
-  CElemR& rt = bench.R("RT");
-  rt.state = -2;
-  bench.calc.StepAlgebraic(0.0, 1e-6);
-  EXPECT_TRUE(rt.CheckSwitching(bench.calc, false));
-  EXPECT_EQ(rt.state, -2);
-  EXPECT_TRUE(rt.CheckSwitching(bench.calc, true));
-  EXPECT_EQ(rt.state, 0);
-  ASSERT_EQ(bench.Solve(), 0);
-  EXPECT_EQ(rt.state, 2);
-  // All segments are 1 kOhm: the curve is a straight line through 0.
-  EXPECT_NEAR(bench.V(2), 10.0 * 1000 / 1100, 1e-9);
-  EXPECT_FALSE(rt.CheckSwitching(bench.calc, true));
-}
-
 // A voltage-controlled resistor: 1 kOhm while |Vc| < 1 V, 10 Ohm beyond.
 // 10 V through 1 kOhm into it; the control is a second source.
 std::string VcrCircuit(double control) {

@@ -215,29 +215,6 @@ TEST_F(TraceTest, AddToAFileWithoutTracesCreatesTheElements) {
   EXPECT_EQ(traces.Count(), 0);
 }
 
-TEST_F(TraceTest, AfterASaveAddGoesToAFreshChainAndDeleteFindsTheReadOne) {
-  LoadTraces();
-  root->storing = true;  // what a save leaves behind
-  const int rootChildren = root->GetChildCount();
-  CTrace* late = Add(0, "R2");
-  ASSERT_EQ(root->GetChildCount(), rootChildren + 1);
-  CXmlNode* fresh = root->GetChild(rootChildren);
-  EXPECT_EQ(fresh->name, "Doc");
-  CXmlNode* freshTraces = fresh->GetChild(0)->GetChild(0);
-  EXPECT_EQ(freshTraces->name, "Traces");
-  ASSERT_EQ(freshTraces->GetChildCount(), 1);
-  EXPECT_EQ(freshTraces->GetChild(0)->GetEncodedAttribute("tracename", ""), "V(R2)");
-  EXPECT_EQ(TracesElement()->GetChildCount(), 3);
-
-  // Deleting walks the tree as read, whatever its direction.
-  traces.Delete(traces[0], root.get());
-  EXPECT_EQ(ElementNames(), (std::vector<std::string>{"I(R1)", ""}));
-  traces.Delete(late, root.get());
-  EXPECT_EQ(ElementNames(), (std::vector<std::string>{"I(R1)", ""}));
-  EXPECT_EQ(traces.Count(), 2);
-  EXPECT_TRUE(root->storing);
-}
-
 // ---- binding and sampling ----
 
 TEST_F(TraceTest, VoltageCurrentAndPowerFromTheSolution) {
@@ -265,20 +242,6 @@ TEST_F(TraceTest, VoltageCurrentAndPowerFromTheSolution) {
   EXPECT_DOUBLE_EQ(SampleOnce(p, 2.0), 10.0 * 50.0);
 }
 
-TEST_F(TraceTest, PowerWithNeitherRowNorResistanceRecordsTheVoltage) {
-  CTrace* p = Add(2, "R2");  // R = 0, no row: pins 2 and 0
-  CTrace* i = Add(1, "R2");
-  EXPECT_DOUBLE_EQ(SampleOnce(p), -20.0);
-  EXPECT_DOUBLE_EQ(SampleOnce(i, 0.75), 0.0);
-}
-
-TEST_F(TraceTest, AVariableTraceRecordsTheValueAtBinding) {
-  CTrace* k = Add(3, "K");
-  EXPECT_DOUBLE_EQ(SampleOnce(k), 2.5);
-  EXPECT_EQ(k->nodeA, 0);
-  EXPECT_EQ(k->nodeB, 0);
-}
-
 TEST_F(TraceTest, FileTracesBindByIdAndUnboundOnesRecordZero) {
   LoadTraces();
   CTraces extra;
@@ -302,48 +265,6 @@ TEST_F(TraceTest, FileTracesBindByIdAndUnboundOnesRecordZero) {
     ASSERT_TRUE(extra[k]->data.GetAt(0, &t, &value));
     EXPECT_EQ(value, 0.0) << k;
   }
-}
-
-TEST_F(TraceTest, AComponentThatComputesItsTraceIsAsked) {
-  auto probe = std::make_unique<CProbe>(kProbeType);
-  probe->name = "Z1";
-  probe->modelIndex = 0;
-  probe->pins = {3, 1};
-  CCmp* z = probe.get();
-  cmps.Add(std::move(probe));
-  CTrace* p = Add(2, "Z1");
-  CTrace* v = Add(0, "Z1");
-  EXPECT_EQ(p->id, 0);  // no "id": bound through the component named
-  EXPECT_DOUBLE_EQ(SampleOnce(p), 200.0 + 10.0);
-  EXPECT_EQ(p->cmp, z);
-  EXPECT_DOUBLE_EQ(SampleOnce(v, 1.0), 10.0 - 30.0);
-  EXPECT_EQ(v->cmp, nullptr);
-}
-
-TEST_F(TraceTest, FunctionTracesOfTimeOfPathsAndOfTheSimulation) {
-  CTrace* twice = Add(4, "t*2");
-  CTrace* constant = Add(4, " R1.R ");
-  CTrace* voltage = Add(4, "V(R1)*3 + P(R1)");
-  ASSERT_TRUE(traces.Bind(calc, cmps)) << calc.error;
-  EXPECT_EQ(twice->source, nullptr);
-  EXPECT_NE(constant->source, nullptr);
-  EXPECT_EQ(constant->expr, " R1.R ");
-  CParam r;
-  ASSERT_TRUE(cmps.Find("R1")->FindParam("R", r));
-  std::get<CFormula*>(r.Value)->Value = 5.0;
-  for (double t : {0.0, 0.5, 2.0}) ASSERT_TRUE(traces.Sample(calc, cmps, t)) << calc.error;
-
-  double time = 0, value = 0;
-  for (int k = 0; k < 3; ++k) {
-    ASSERT_TRUE(twice->data.GetAt(k, &time, &value));
-    EXPECT_DOUBLE_EQ(value, 2 * time);
-  }
-  // A path is read as it stood at binding: later changes do not show.
-  ASSERT_TRUE(constant->data.GetAt(0, &time, &value));
-  EXPECT_DOUBLE_EQ(value, 1000.0);
-  EXPECT_EQ(constant->data.Count(), 2);  // a flat stretch keeps two samples
-  ASSERT_TRUE(voltage->data.GetAt(0, &time, &value));
-  EXPECT_DOUBLE_EQ(value, 30.0 + 10.0 * 10.0 / 5.0);
 }
 
 TEST_F(TraceTest, FailuresOfFunctionTracesReachTheSolverError) {
@@ -374,46 +295,6 @@ TEST_F(TraceTest, APathToAnInvalidFormulaFailsTheBinding) {
 }
 
 // ---- the binary tail ----
-
-TEST_F(TraceTest, WriteDataGivesAllSamplesInListOrder) {
-  CTrace* v = Add(0, "R1");
-  Add(4, "t");  // not sampled below: writes nothing
-  CTrace* i = Add(1, "R1");
-  ASSERT_TRUE(traces.Bind(calc, cmps));
-  for (int k = 0; k < 3; ++k) {
-    calc.x[2] = 20.0 + k;
-    v->Sample(calc, cmps, k);
-    i->Sample(calc, cmps, k);
-  }
-  std::FILE* file = std::tmpfile();
-  ASSERT_NE(file, nullptr);
-  ASSERT_TRUE(traces.WriteData(file));
-  ASSERT_EQ(std::fseek(file, 0, SEEK_END), 0);
-  const long size = std::ftell(file);
-  ASSERT_EQ(size, 6 * 16);
-  std::rewind(file);
-  unsigned char bytes[6 * 16];
-  ASSERT_EQ(std::fread(bytes, 1, sizeof bytes, file), sizeof bytes);
-  std::fclose(file);
-
-  auto read = [&](int record, int half) {
-    // Little-endian doubles.
-    unsigned long long bits = 0;
-    for (int b = 7; b >= 0; --b) bits = bits << 8 | bytes[record * 16 + half * 8 + b];
-    double value = 0;
-    std::memcpy(&value, &bits, sizeof value);
-    return value;
-  };
-  for (int k = 0; k < 3; ++k) {
-    EXPECT_EQ(read(k, 0), k);
-    EXPECT_DOUBLE_EQ(read(k, 1), 10.0 + k);
-    EXPECT_EQ(read(3 + k, 0), k);
-    EXPECT_DOUBLE_EQ(read(3 + k, 1), (10.0 + k) / 1000.0);
-  }
-  EXPECT_EQ(traces.SampleCounts(), (std::vector<int>{3, 0, 3}));
-  traces.Clear();
-  EXPECT_EQ(traces.SampleCounts(), (std::vector<int>{0, 0, 0}));
-}
 
 }  // namespace
 }  // namespace tz4

@@ -182,56 +182,6 @@ TEST(DriverRun, EventSequenceThenSteadyStepsOnTheKeptFactorisation) {
   EXPECT_NEAR(s.back().v, (1.0 + s.back().t) / 2, 1e-9);
 }
 
-TEST(DriverRun, IntervalModeLandsOnTheTargetAndResumesWithTheOldStep) {
-  Bench bench;
-  CTrace& out = bench.Divider([](double t) { return t; });
-  ASSERT_TRUE(StartRun(bench.doc));
-  ASSERT_TRUE(RunDocument(bench.doc, 2.5e-3, RUN_EXACT));
-  EXPECT_EQ(bench.doc.drive.stepKind, STEP_TO_TARGET);
-  EXPECT_NEAR(bench.doc.time, 2.5e-3, 1e-15);
-  auto s = Bench::Samples(out);
-  EXPECT_NEAR(s.back().t, 2.5e-3, 1e-15);
-  EXPECT_NEAR(s.back().v, 1.25e-3, 1e-12);
-
-  ASSERT_TRUE(RunDocument(bench.doc, 2.5e-3, RUN_EXACT));
-  EXPECT_TRUE(Bench::HasSampleAt(out, 3.5e-3));
-  EXPECT_TRUE(Bench::HasSampleAt(out, 4.5e-3));
-  EXPECT_NEAR(bench.doc.time, 5e-3, 1e-15);
-  EXPECT_EQ(bench.doc.targetTime, 5e-3);
-}
-
-TEST(DriverRun, PlainModeStopsAtTheFirstPointAtOrPastTheTarget) {
-  Bench bench;
-  CTrace& out = bench.Divider([](double t) { return t; });
-  ASSERT_TRUE(StartRun(bench.doc));
-  ASSERT_TRUE(RunDocument(bench.doc, 2.5e-3, RUN_INTERVAL));
-  EXPECT_NEAR(bench.doc.time, 3.02e-3, 1e-15);
-  EXPECT_FALSE(Bench::HasSampleAt(out, 2.5e-3));
-  EXPECT_EQ(bench.doc.targetTime, 2.5e-3);
-  // Already past the next target: one more step, then stop.
-  ASSERT_TRUE(RunDocument(bench.doc, 0.1e-3, RUN_INTERVAL));
-  EXPECT_NEAR(bench.doc.time, 4.02e-3, 1e-15);
-  EXPECT_NEAR(bench.doc.targetTime, 2.6e-3, 1e-15);
-}
-
-TEST(DriverRun, OneStepModeStoresOnePointAndMovesTheTarget) {
-  Bench bench;
-  CTrace& out = bench.Divider([](double) { return 1.0; });
-  ASSERT_TRUE(StartRun(bench.doc));
-  const double times[] = {1e-5, 2e-5, 1.02e-3, 2.02e-3};
-  for (double t : times) {
-    const int before = out.data.Count();
-    ASSERT_TRUE(RunDocument(bench.doc, 0.0, RUN_ONE_STEP));
-    EXPECT_NEAR(bench.doc.time, t, 1e-15);
-    EXPECT_EQ(bench.doc.targetTime, bench.doc.time);
-    // A flat stretch moves its last sample instead of adding one.
-    EXPECT_LE(out.data.Count(), before + 1);
-    double lt = 0, lv = 0;
-    out.data.GetAt(out.data.Count() - 1, &lt, &lv);
-    EXPECT_NEAR(lt, t, 1e-15);
-  }
-}
-
 // ---- events, halving and the fixed step ----
 
 TEST(DriverEvents, StepsLandOnKnownEventsAndShortStepsAreRaised) {

@@ -49,46 +49,6 @@ FakeCmp& Rival(Circuit& circuit, const std::string& name, const FakeCmp* const* 
   return d;
 }
 
-TEST(CalcSwitching, NoSwitchingDeviceSettlesInTheFirstRound) {
-  Circuit circuit;
-  FakeCmp& v = circuit.Source("V1", 0, 1, 10.0);
-  circuit.Resistor("R1", 1, 0, 1000.0);
-  ASSERT_TRUE(circuit.Build());
-  CCalc& calc = circuit.calc;
-  EXPECT_EQ(calc.Calculate(0.0, 1e-3, false, false), 0);
-  EXPECT_EQ(Rounds(v), 1);
-  EXPECT_EQ(v.checks, 1);
-  EXPECT_EQ(calc.historyUsed, 0);
-  EXPECT_TRUE(calc.error.empty());
-  EXPECT_TRUE(calc.cause.empty());
-  EXPECT_NEAR(calc.x[1], 10.0, 1e-12);
-  EXPECT_EQ(calc.stampMode, 0);
-
-  EXPECT_EQ(calc.Calculate(0.0, 1e-3, true, false), 0);
-  EXPECT_EQ(calc.stampMode, 1);
-  EXPECT_EQ(calc.lineUpdate, 1);
-}
-
-TEST(CalcSwitching, IdealDiodeTurnsOnAndStaysOn) {
-  Circuit circuit;
-  circuit.Source("V1", 0, 1, 5.0);
-  circuit.Resistor("R1", 1, 2, 1000.0);
-  FakeCmp& on = circuit.Diode("D1", 0, 2);
-  FakeCmp& off = circuit.Diode("D2", 2, 0);
-  ASSERT_TRUE(circuit.Build());
-  CCalc& calc = circuit.calc;
-  EXPECT_EQ(calc.Calculate(0.0, 1e-3, false, false), 0);
-  EXPECT_EQ(on.state, 1);
-  EXPECT_EQ(off.state, 0);
-  EXPECT_TRUE(on.switched);
-  EXPECT_FALSE(off.switched);
-  EXPECT_EQ(Rounds(on), 2);
-  EXPECT_EQ(calc.cause, " switching triggered by D1");
-  EXPECT_NEAR(calc.x[2], 0.0, 1e-15);
-  EXPECT_NEAR(calc.x[static_cast<size_t>(on.firstRow)], 5e-3, 1e-15);
-  EXPECT_EQ(calc.x[static_cast<size_t>(off.firstRow)], 0.0);
-}
-
 TEST(CalcSwitching, CycleIsLeftByChangingOneDevice) {
   Circuit circuit;
   circuit.Resistor("R1", 1, 0, 1.0);
@@ -121,24 +81,6 @@ TEST(CalcSwitching, CycleWithNoWayOutRestoresTheSolution) {
   EXPECT_EQ(calc.error, "No solution");
   EXPECT_EQ(calc.x[1], 42.0);
   EXPECT_EQ(calc.historyUsed, 0);
-}
-
-TEST(CalcSwitching, OnlySwitchedKeepsOtherComponentsOutOfTheSearch) {
-  auto finalState = [](bool onlySwitched) {
-    Circuit circuit;
-    circuit.Resistor("R1", 1, 0, 1.0);
-    Toggle(circuit, "T1");
-    Toggle(circuit, "T2");
-    FakeCmp& quiet = circuit.Add("S", {1});
-    quiet.hasRange = true;
-    quiet.lowState = 0;
-    quiet.highState = 1;
-    EXPECT_TRUE(circuit.Build());
-    EXPECT_EQ(circuit.calc.Calculate(0.0, 1e-3, false, onlySwitched), -1);
-    return quiet.state;
-  };
-  EXPECT_EQ(finalState(true), 0);
-  EXPECT_EQ(finalState(false), 1);
 }
 
 TEST(CalcSwitching, OneChangePerRoundWithOs) {
@@ -256,23 +198,6 @@ TEST(CalcSwitching, StampFailureEndsTheResolution) {
   EXPECT_EQ(circuit.calc.Calculate(0.0, 1e-3, false, false), -10);
   EXPECT_EQ(circuit.calc.error, "B: cannot stamp");
   EXPECT_EQ(circuit.calc.historyUsed, 0);
-}
-
-TEST(CalcSwitching, CheckAllWithoutApplyingStopsAtTheFirst) {
-  Circuit circuit;
-  circuit.Resistor("R1", 1, 0, 1.0);
-  FakeCmp& a = Toggle(circuit, "A");
-  FakeCmp& b = Toggle(circuit, "B");
-  ASSERT_TRUE(circuit.Build());
-  EXPECT_TRUE(circuit.calc.CheckAll(false));
-  EXPECT_EQ(a.checks, 1);
-  EXPECT_EQ(b.checks, 0);
-  EXPECT_EQ(a.state, 0);
-  EXPECT_TRUE(a.switched);
-  EXPECT_TRUE(circuit.calc.CheckAll(true));
-  EXPECT_EQ(b.checks, 1);
-  EXPECT_EQ(a.state, 1);
-  EXPECT_EQ(b.state, 1);
 }
 
 TEST(CalcSwitching, NamesAtRowAndNeighbours) {

@@ -68,28 +68,6 @@ TEST(XmlAttributes, AddSetAndLookup) {
   EXPECT_TRUE(name.empty() && value.empty());
 }
 
-TEST(XmlAttributes, TypedReaders) {
-  CXmlNode node("N");
-  node.AddAttribute("abc", "abc");
-  node.AddAttribute("empty", "");
-  node.AddAttribute("num", " -42x");
-  node.AddAttribute("huge", "99999999999");
-  node.AddAttribute("True", "True");
-  node.AddAttribute("true", "true");
-  node.AddAttribute("enc", "a+b");
-  EXPECT_EQ(node.GetIntAttribute("abc", 5), 0);  // not a number: 0, not the default
-  EXPECT_EQ(node.GetIntAttribute("empty", 5), 5);
-  EXPECT_EQ(node.GetIntAttribute("num", 5), -42);
-  EXPECT_EQ(node.GetIntAttribute("huge", 5), 2147483647);
-  EXPECT_FALSE(node.GetBoolAttribute("True", true));  // only the exact word counts
-  EXPECT_TRUE(node.GetBoolAttribute("true", false));
-  EXPECT_TRUE(node.GetBoolAttribute("empty", true));
-  EXPECT_DOUBLE_EQ(node.GetDoubleAttribute("empty", 1.5), 1.5);
-  EXPECT_EQ(node.GetEncodedAttribute("enc", "d"), "a b");
-  EXPECT_EQ(node.GetEncodedAttribute("empty", "d"), "");
-  EXPECT_EQ(node.GetEncodedAttribute("missing", "a+b"), "a+b");  // the default is no file text
-}
-
 TEST(XmlArchive, StoreThenLoadGivesTheSameFields) {
   struct Formula {
     std::string Text;
@@ -140,26 +118,6 @@ TEST(XmlArchive, StoreThenLoadGivesTheSameFields) {
   EXPECT_EQ(count2, 7);
   EXPECT_TRUE(flag2);
   EXPECT_DOUBLE_EQ(number2, 0.001);
-}
-
-TEST(XmlArchive, MissingItemsKeepTheCurrentValues) {
-  CXmlNode in("Cmp");
-  in.storing = false;
-  std::string s = "keep", e = "keep+%", c = "keep";
-  double d = 3.0;
-  int i = 9;
-  bool b = true;
-  in.ArchiveString("s", s);
-  in.ArchiveEncodedString("e", e);
-  in.ArchiveChildString("C", c);
-  in.ArchiveDouble("d", d);
-  in.ArchiveInt("i", i);
-  in.ArchiveBool("b", b);
-  EXPECT_EQ(s + e + c, "keepkeep+%keep");
-  EXPECT_EQ(d, 3.0);
-  EXPECT_EQ(i, 9);
-  EXPECT_TRUE(b);
-  EXPECT_EQ(in.WriteInline(), "<Cmp />");
 }
 
 TEST(XmlArchive, RawValuesLoseEndBlanksAndCannotHoldQuotes) {

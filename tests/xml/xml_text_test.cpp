@@ -12,18 +12,6 @@ using tz4::CXmlNode;
 
 namespace {
 
-CXmlNode SampleTree() {
-  CXmlNode root("TZ4");
-  root.AddChild("Version")->AddIntAttribute("ver", 2);
-  CXmlNode* doc = root.AddChild("Doc");
-  doc->AddAttribute("save", "");
-  CXmlNode* cmp = doc->AddChild("Cmps")->AddChild("Cmp");
-  cmp->AddAttribute("v", "x<y&z");
-  cmp->AddChild("Attachment")->text = "a & b > c";
-  doc->AddChild("Empty");
-  return root;
-}
-
 const char kSampleText[] =
     "<?xml version=\"1.0\"?>\n"
     "<TZ4>\n"
@@ -37,22 +25,6 @@ const char kSampleText[] =
     "    <Empty />\n"
     "  </Doc>\n"
     "</TZ4>\n";
-
-TEST(XmlFile, SaveAndLoad) {
-  tz4_test::TempDir dir("xmlfile");
-  const std::string path = dir.File("out.tz4");
-  ASSERT_TRUE(SampleTree().SaveToFile(path));
-  EXPECT_EQ(tz4_test::ReadFile(path), kSampleText);
-  EXPECT_FALSE(SampleTree().SaveToFile(dir.File("no_such_dir/out.tz4")));
-  EXPECT_FALSE(SampleTree().SaveToFile(dir.File("")));
-
-  CXmlNode node("TZ4");
-  EXPECT_EQ(node.LoadFromFile(dir.File("missing.tz4")), -1);
-  EXPECT_FALSE(node.storing);
-  EXPECT_EQ(node.LoadFromFile(dir.File("")), -1);  // a directory cannot be read
-  tz4_test::WriteFile(dir.File("empty.tz4"), "");
-  EXPECT_EQ(node.LoadFromFile(dir.File("empty.tz4")), -2);
-}
 
 TEST(XmlFile, LineEndsLongLinesAndBinaryTail) {
   tz4_test::TempDir dir("xmllines");
