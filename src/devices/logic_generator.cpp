@@ -95,41 +95,45 @@ bool CElemLG::Serialize(CXmlNode& archive, bool customFlag) {
 
 std::string& CElemLG::GetICText(std::string& out) { return SignalDelayICText(*this, Signal, out); }
 
-bool CElemLG::CheckParams() {
-  const int32_t model = ModelId();
-  return !IsTimedSignalModel(model) || Signal.CheckParams(model, this, "?");
+bool CheckLogicSignal(CCmp& owner, CSignal& signal) {
+  const int32_t model = owner.ModelId();
+  return !IsTimedSignalModel(model) || signal.CheckParams(model, &owner, "?");
 }
 
-int CElemLG::Stamp(CCalc& calc, int phase, double t) {
-  const int32_t model = ModelId();
-  const bool timed = IsTimedSignalModel(model);
+int StampLogicSignal(CCmp& owner, CSignal& signal, CCalc& calc, int phase, double t) {
+  const int32_t model = owner.ModelId();
   switch (phase) {
     case STAMP_INIT:
-      return timed ? StartSignal(*this, Signal, model, calc, t) : 0;
+      return IsTimedSignalModel(model) ? StartSignal(owner, signal, model, calc, t) : 0;
     case STAMP_RESET:
-      Signal.ClearPoints();
+      signal.ClearPoints();
       return 0;
-    case STAMP_MATRIX: {
-      if (calc.pass != 1) return 0;
-      int32_t level = Active;
-      if (timed) {
-        level = Signal.IsHigh() ? 1 : 0;
-        // A pulse or step with "Active" low idles high and pulses low.
-        if ((model == MODEL_LG_PULSE || model == MODEL_LG_STEP) && Active == 0) level ^= 1;
-      }
-      if (level == 1 && Pin(0) == 0) {
-        calc.error = GetFullName() + " : grounded output";
-        return -1;
-      }
-      calc.StampLogicOutput(Pin(0), level);
-      return 0;
-    }
     case STAMP_SAVE_IC:
-      ShiftSignalOrigin(Signal, model, calc, t);
+      ShiftSignalOrigin(signal, model, calc, t);
       return 0;
     default:
       return 0;
   }
+}
+
+bool CElemLG::CheckParams() { return CheckLogicSignal(*this, Signal); }
+
+int CElemLG::Stamp(CCalc& calc, int phase, double t) {
+  if (phase != STAMP_MATRIX) return StampLogicSignal(*this, Signal, calc, phase, t);
+  if (calc.pass != 1) return 0;
+  const int32_t model = ModelId();
+  int32_t level = Active;
+  if (IsTimedSignalModel(model)) {
+    level = Signal.IsHigh() ? 1 : 0;
+    // A pulse or step with "Active" low idles high and pulses low.
+    if ((model == MODEL_LG_PULSE || model == MODEL_LG_STEP) && Active == 0) level ^= 1;
+  }
+  if (level == 1 && Pin(0) == 0) {
+    calc.error = GetFullName() + " : grounded output";
+    return -1;
+  }
+  calc.StampLogicOutput(Pin(0), level);
+  return 0;
 }
 
 void CElemLG::NextEvent(CCalc& /*calc*/, double t, double& nextTime, double& maxStep) {

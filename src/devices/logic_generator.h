@@ -10,6 +10,8 @@
 
 namespace tz4 {
 
+class CCalc;
+
 class CElemLG : public CCmp {
  public:
   explicit CElemLG(const ElemType& elemType);
@@ -47,6 +49,13 @@ void ArchiveLogicSignal(CXmlNode& archive, int32_t& active, CSignal& signal);
 // The initial-condition text of a timed model: full name, ".Delay=" and the
 // delay at 12 digits; empty in other models.
 std::string& SignalDelayICText(const CCmp& component, const CSignal& signal, std::string& out);
+
+// What every component steered by a timed logic signal shares (the logic
+// generator and the time-steered switch): the checks of its timed models,
+// and the phases other than STAMP_MATRIX: the start of the signal, its
+// reset, and the move of its time origin when a state is saved.
+bool CheckLogicSignal(CCmp& owner, CSignal& signal);
+int StampLogicSignal(CCmp& owner, CSignal& signal, CCalc& calc, int phase, double t);
 
 extern const ElemType kTypeY_LG;
 

@@ -230,35 +230,18 @@ void CElemCS::NextEvent(CCalc& /*calc*/, double t, double& nextTime, double& max
 
 // ----------------------------------------------------------------- CElemS
 
-bool CElemS::CheckParams() {
-  const int32_t model = ModelId();
-  return !IsTimedSignalModel(model) || Signal.CheckParams(model, this, "?");
-}
+bool CElemS::CheckParams() { return CheckLogicSignal(*this, Signal); }
 
 int CElemS::Stamp(CCalc& calc, int phase, double t) {
+  if (phase != STAMP_MATRIX) return StampLogicSignal(*this, Signal, calc, phase, t);
   const int32_t model = ModelId();
-  const bool timed = IsTimedSignalModel(model);
-  switch (phase) {
-    case STAMP_INIT:
-      return timed ? StartSignal(*this, Signal, model, calc, t) : 0;
-    case STAMP_RESET:
-      Signal.ClearPoints();
-      return 0;
-    case STAMP_MATRIX: {
-      if (calc.pass != 0 || model == MODEL_SUBCIR) return 0;
-      int32_t level = Active;
-      if (timed) level = (Signal.IsHigh() ? 1 : 0) ^ (Active == 0 ? 1 : 0);
-      const bool spdt = IsType("S_S3");
-      StampContacts(calc, level, Pin(0), Pin(1), firstRow, spdt ? Pin(2) : -1,
-                    spdt ? firstRow + 1 : -1);
-      return 0;
-    }
-    case STAMP_SAVE_IC:
-      ShiftSignalOrigin(Signal, model, calc, t);
-      return 0;
-    default:
-      return 0;
-  }
+  if (calc.pass != 0 || model == MODEL_SUBCIR) return 0;
+  int32_t level = Active;
+  if (IsTimedSignalModel(model)) level = (Signal.IsHigh() ? 1 : 0) ^ (Active == 0 ? 1 : 0);
+  const bool spdt = IsType("S_S3");
+  StampContacts(calc, level, Pin(0), Pin(1), firstRow, spdt ? Pin(2) : -1,
+                spdt ? firstRow + 1 : -1);
+  return 0;
 }
 
 void CElemS::NextEvent(CCalc& /*calc*/, double t, double& nextTime, double& maxStep) {
