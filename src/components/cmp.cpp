@@ -2,6 +2,8 @@
 // common part of a component's file element.
 #include "components/cmp.h"
 
+#include "components/subcir.h"
+
 #include <algorithm>
 #include <cstdio>
 #include <cmath>
@@ -147,7 +149,14 @@ bool CCmp::IsTypeIn(std::initializer_list<const char*> tags) const {
 
 std::string CCmp::GetFullName() const { return path.empty() ? name : path + "." + name; }
 
+CSubCir& CCmp::SubCircuit() {
+  if (subCir == nullptr) subCir = std::make_shared<CSubCir>();
+  if (subCir->pinCount != pinCount) subCir->SetPinCount(pinCount);
+  return *subCir;
+}
+
 CParamTable CCmp::BindParams() {
+  if (ModelId() == MODEL_SUBCIR) return SubCircuit().BindParams();
   CParamTable table;
   const ModelInfo* model = GetModel();
   if (model == nullptr || model->params == nullptr) return table;
@@ -206,34 +215,16 @@ CCustomElemType& CCmp::CreateCustomType() {
 
 namespace {
 
-// A child element kept as inline XML text, and written back from it.
-void KeepChild(CXmlNode& archive, const std::string& childName, std::string& kept) {
-  if (archive.storing) {
-    if (kept.empty()) return;
-    CXmlNode* child = archive.AddChild("");
-    if (child->ParseElement(kept, 0) == std::string::npos) archive.DeleteChild(archive.GetChildCount() - 1);
-    return;
-  }
-  CXmlNode* child = archive.FindChild(childName);
-  if (child != nullptr) kept = child->WriteInline();
-}
-
-// The "SubCir" child: kept as it was read; a subcircuit that had none is
-// given an empty one, with a label for each pin.
+// The "SubCir" child: read whenever the element has one; written for a
+// subcircuit, or for any component whose subcircuit part was read or used.
 void SerializeSubCircuit(CCmp& cmp, CXmlNode& archive, int32_t modelId) {
-  if (!archive.storing || !cmp.keptSubCirXml.empty() || modelId != MODEL_SUBCIR) {
-    KeepChild(archive, "SubCir", cmp.keptSubCirXml);
+  if (!archive.storing) {
+    if (archive.FindChild("SubCir") == nullptr) return;
+  } else if (modelId != MODEL_SUBCIR && (cmp.subCir == nullptr || !cmp.subCir->modified)) {
     return;
   }
-  CXmlNode* child = archive.AddChild("SubCir");
-  child->AddAttribute("file", "");
-  char attrName[32];
-  for (int k = 1; k <= cmp.pinCount; k++) {
-    std::snprintf(attrName, sizeof attrName, "label%d", k);
-    child->AddAttribute(attrName, "");
-  }
-  child->AddAttribute("cmd", "");
-  child->AddAttribute("ic", "");
+  CSubCir& sub = cmp.SubCircuit();
+  sub.Serialize(archive);
 }
 
 // The "Custom" child: the component's shape when its class has one, else the
@@ -380,6 +371,8 @@ bool CheckNonNegative(CCmp* component, const CFormula& value, const std::string&
 }
 
 bool ReportNotSimulated(const CCmp* component) {
+  // A component in its subcircuit model runs as its contents.
+  if (component != nullptr && component->ModelId() == MODEL_SUBCIR) return true;
   const char* tag = component != nullptr && component->type != nullptr ? component->type->tag : nullptr;
   return ComponentError(component, std::string("type ") + (tag != nullptr ? tag : "") + " cannot be simulated yet");
 }

@@ -153,6 +153,8 @@ class CCmp {
   bool FindParam(const std::string& paramName, CParam& out);
   // Index of the parameter in the bound table, -1 when not found.
   int FindParamIndex(const std::string& paramName);
+  // The subcircuit part, made on first use and sized for the pins.
+  CSubCir& SubCircuit();
   // Gives the component a shape of its own (a fresh CCustomElemType made
   // from its type) and points `type` at the record inside it.
   CCustomElemType& CreateCustomType();
@@ -180,6 +182,7 @@ class CCmp {
   bool forceIC = false;
   bool ignoreIC = false;
   bool icRetry = false;
+  bool hostInput = false;  // a host feeds its value: a restored subcircuit keeps its model
   std::shared_ptr<CSubCir> subCir;  // model 7 only; created on demand, sole owner
   CPWL pwl;
   std::string attachment;
@@ -188,10 +191,8 @@ class CCmp {
   int32_t pinCount = -1;
   std::vector<int32_t> pins;
   int32_t firstRow = 0;
-  // The "SubCir" child as read, written back unchanged on store until
-  // subcircuit parts read it themselves; and a "Custom" child of a class
-  // that has no shape of its own, kept the same way.
-  std::string keptSubCirXml;
+  // A "Custom" child of a class that has no shape of its own, kept as it
+  // was read and written back unchanged.
   std::string keptCustomXml;
 };
 
@@ -210,7 +211,8 @@ bool CheckNonNegative(CCmp* component, const CFormula& value, const std::string&
 
 // CheckParams of a type whose simulation behaviour is not available: reports
 // "type TAG cannot be simulated yet" for the component and returns false, so
-// that no run silently ignores a device.
+// that no run silently ignores a device. In the subcircuit model, which runs
+// as its contents, it passes.
 bool ReportNotSimulated(const CCmp* component);
 
 }  // namespace tz4

@@ -10,6 +10,7 @@
 
 #include "base/last_error.h"
 #include "components/param_ops.h"
+#include "components/subcir.h"
 #include "xml/xml_node.h"
 #include "expr/evaluate.h"
 #include "expr/formula.h"
@@ -21,13 +22,29 @@ namespace tz4 {
 
 namespace {
 
-// The inner collection of a subcircuit component, null while it has none.
-// Subcircuit parts are not opened yet, so no component has one.
-CCmps* InnerCollection(const CCmp* /*component*/) { return nullptr; }
+// The inner collection of a subcircuit component, loaded when a path first
+// walks into it (with its commands applied, as a run would), null when it
+// cannot be. A failure here reports nothing: the run reports it.
+CCmps* InnerCollection(const CCmps& outer, CCmp* component) {
+  if (component->ModelId() != MODEL_SUBCIR || outer.types == nullptr) return nullptr;
+  if (component->subCir == nullptr) {
+    component->subCir = std::make_shared<CSubCir>();
+    component->subCir->SetPinCount(component->pinCount);
+  }
+  CSubCir& sub = *component->subCir;
+  if (sub.cmps == nullptr) {
+    const std::string saved = LastError();
+    sub.Open(*component, outer.folder, *outer.types, false);
+    SetLastError(saved);
+  }
+  return sub.cmps.get();
+}
 
 // The command text of a subcircuit component, null while it has no
 // subcircuit part.
-std::string* SubCircuitCommands(CCmp* /*component*/) { return nullptr; }
+std::string* SubCircuitCommands(CCmp* component) {
+  return component->subCir != nullptr ? &component->subCir->cmd : nullptr;
+}
 
 bool IsSubCircuit(const CCmp* component) { return component->ModelId() == MODEL_SUBCIR; }
 
@@ -119,6 +136,7 @@ void CCmps::Add(std::unique_ptr<CCmp> component) {
 
 bool CCmps::Serialize(CXmlNode* element, const CElemSet& types) {
   if (element == nullptr) return false;
+  this->types = &types;
   if (element->storing) {
     for (auto& component : list) {
       CXmlNode* child = element->AddChild("Cmp");
@@ -195,7 +213,7 @@ CCmp* CCmps::FindByPath(std::string path) const {
   CCmp* component = Find(first);
   if (component == nullptr || rest.empty()) return component;
   if (!IsSubCircuit(component)) return nullptr;
-  CCmps* inner = InnerCollection(component);
+  CCmps* inner = InnerCollection(*this, component);
   return inner != nullptr ? inner->FindByPath(rest) : nullptr;
 }
 
@@ -207,7 +225,7 @@ bool CCmps::FindParam(std::string path, CParam& out) const {
   if (component == nullptr) return false;
   if (component->FindParam(rest, out)) return true;
   if (!IsSubCircuit(component)) return false;
-  CCmps* inner = InnerCollection(component);
+  CCmps* inner = InnerCollection(*this, component);
   return inner != nullptr && inner->FindParam(rest, out);
 }
 
@@ -218,7 +236,7 @@ TValue* CCmps::FindValue(std::string path, TValue* out) const {
   CCmp* component = Find(first);
   if (component == nullptr) return nullptr;
   if (IsSubCircuit(component)) {
-    CCmps* inner = InnerCollection(component);
+    CCmps* inner = InnerCollection(*this, component);
     return inner != nullptr ? inner->FindValue(rest, out) : nullptr;
   }
   if (IsCodeBlock(component)) {
@@ -241,7 +259,7 @@ TVariable* CCmps::FindVariable(std::string path) const {
   CCmp* component = Find(first);
   if (component == nullptr) return nullptr;
   if (IsSubCircuit(component)) {
-    CCmps* inner = InnerCollection(component);
+    CCmps* inner = InnerCollection(*this, component);
     return inner != nullptr ? inner->FindVariable(rest) : nullptr;
   }
   if (!IsCodeBlock(component)) return nullptr;
@@ -315,7 +333,7 @@ CCmp* CCmps::Assign(int digits, std::string path, const std::string& value, std:
         result = rest + " not found";
         return component;
       }
-      CCmps* inner = InnerCollection(component);
+      CCmps* inner = InnerCollection(*this, component);
       if (value.empty()) {
         if (inner == nullptr) {
           ok = false;
@@ -453,7 +471,7 @@ bool CCmps::FindValue(const std::string& path, TValue& out) {
   CCmp* component = Find(first);
   if (component == nullptr) return false;
   if (IsSubCircuit(component)) {
-    CCmps* inner = InnerCollection(component);
+    CCmps* inner = InnerCollection(*this, component);
     return inner != nullptr && inner->FindValue(rest, out);
   }
   if (IsCodeBlock(component)) {

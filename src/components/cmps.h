@@ -103,6 +103,10 @@ class CCmps : public CEvalContext {
   std::vector<std::unique_ptr<CCmp>> list;
   // Where formulas take the logic levels from; null: the defaults.
   const CEvalContext* document = nullptr;
+  // The types this collection was loaded with, and the folder of the file
+  // it came from (with its separator): subcircuits load theirs from there.
+  const CElemSet* types = nullptr;
+  std::string folder;
 };
 
 }  // namespace tz4

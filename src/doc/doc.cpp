@@ -85,6 +85,7 @@ bool CDoc::Load(const std::string& path) {
     if (version->GetIntAttribute("ver", -1) > 2) return false;
   }
   if (!Serialize(xml->FindChild("Doc"))) return false;
+  cmps.folder = directory;
   fileNodes = cmps.SaveNodes();
   // Formulas may refer to one another in any order; all of them have a value
   // before the host sees the document.
@@ -202,7 +203,8 @@ void CDoc::RestoreFileNodes() {
   if (fileNodes.size() == cmps.SaveNodes().size())
     cmps.RestoreNodes(fileNodes.data());
   else
-    fileNodes = cmps.SaveNodes();
+    cmps.folder = directory;
+  fileNodes = cmps.SaveNodes();
 }
 
 // ---------------------------------------------------------------- host numbers
@@ -278,7 +280,7 @@ int CDoc::AddInput(const char* name) {
     AppendError("no input name");
     return -1;
   }
-  CCmp* component = cmps.Find(name);
+  CCmp* component = cmps.FindByPath(name);
   if (!component) {
     AppendError(std::string("component ") + name + " not found");
     return -1;
@@ -294,6 +296,7 @@ int CDoc::AddInput(const char* name) {
   // its system before its next step instead of stamping the new model into
   // the old one.
   if (switched) changeFlags |= CHANGE_PARAMS;
+  component->hostInput = true;
   inputs.push_back(value);
   return static_cast<int>(inputs.size()) - 1;
 }
@@ -307,7 +310,7 @@ int CDoc::AddOutput(const char* name) {
     AppendError("no label name");
     return -1;
   }
-  CCmp* component = cmps.Find(name);
+  CCmp* component = cmps.FindByPath(name);
   if (!component) {
     AppendError(std::string("label ") + name + " not found");
     return -1;

@@ -60,7 +60,7 @@ void CTrace::Bind(CCmps& components, CCmp* component) {
 }
 
 double CTrace::Evaluate(CCalc& calc, CCmps& components, double t) {
-  if (cmp) return cmp->GetTraceValue(calc, type);
+  if (cmp) return CCalcSimulation(calc).GetTraceValue(cmp, type);
 
   if (type == TRACE_TYPE_FUNCTION) {
     if (source) {

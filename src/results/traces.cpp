@@ -99,7 +99,7 @@ CTrace* CTraces::Add(int type, const char* name, CCmps& components, CXmlNode* ro
     case TRACE_TYPE_VOLTAGE:
     case TRACE_TYPE_CURRENT:
     case TRACE_TYPE_POWER: {
-      component = components.Find(given);
+      component = components.FindByPath(given);
       if (!component) {
         AppendError("component " + given + " not found");
         return nullptr;
@@ -119,7 +119,7 @@ CTrace* CTraces::Add(int type, const char* name, CCmps& components, CXmlNode* ro
       break;
     }
     case TRACE_TYPE_VARIABLE:
-      component = components.Find(given);
+      component = components.FindByPath(given);
       if (!component) {
         AppendError("variable " + given + " not found");
         return nullptr;
@@ -138,7 +138,11 @@ CTrace* CTraces::Add(int type, const char* name, CCmps& components, CXmlNode* ro
   created->type = type;
   created->cmp = component;
   created->named = component;
-  created->id = component ? component->id : 0;
+  // A component inside a subcircuit is bound by itself, not by an id of
+  // the document's collection.
+  created->id = component != nullptr && component->path.empty() && given.find('.') == std::string::npos
+                    ? component->id
+                    : 0;
   created->name = text;
   created->expr = text;
   CTrace* trace = created.get();
@@ -217,8 +221,14 @@ bool CTraces::Bind(CCalc& calc, CCmps& components) {
       }
     } else {
       // Components without an "id" in the file all have 0; a trace the host
-      // added for one of them keeps measuring that component.
+      // added for one of them keeps measuring that component. A trace of
+      // the file without an id names its component in its expression, as
+      // in "V(X1.C1)" for a component inside a subcircuit.
       component = trace->named;
+      const std::string& expr = trace->expr;
+      if (component == nullptr && trace->type <= TRACE_TYPE_POWER && expr.size() > 3 &&
+          expr[1] == '(' && expr.back() == ')')
+        component = trace->named = components.FindByPath(expr.substr(2, expr.size() - 3));
     }
     try {
       trace->Bind(components, component);

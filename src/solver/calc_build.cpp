@@ -4,6 +4,7 @@
 
 #include "components/cmp.h"
 #include "components/cmps.h"
+#include "components/subcir.h"
 #include "solver/calc.h"
 
 namespace tz4 {
@@ -16,9 +17,8 @@ int CCalc::AddComponents(CCmps& collection) {
   int result = 0;
   for (const auto& owned : collection.list) {
     CCmp* component = owned.get();
-    if (!component->pins.empty() &&
-        std::all_of(component->pins.begin(), component->pins.end(),
-                    [](int32_t pin) { return pin < 0; }))
+    if (!component->pins.empty() && std::all_of(component->pins.begin(), component->pins.end(),
+                                                [](int32_t pin) { return pin < 0; }))
       continue;  // connected to nothing: takes no part in the run
     component->owner = &collection;
     cmps.push_back(component);
@@ -44,16 +44,39 @@ int CCalc::AddComponents(CCmps& collection) {
   return result;
 }
 
-// Flattening of subcircuits is not available yet: a run that contains one
-// fails with a clear message instead of silently leaving the contents out.
+// A subcircuit is replaced by its contents: the inner collection, made
+// ready for the run, joins the run list with nodes above every node handed
+// out so far, and each outer pin is joined to the inner label it names.
 int CCalc::ExpandSubcircuit(CCmp& component) {
-  error = component.GetFullName() + ": subcircuits cannot be simulated yet";
-  return -2;
+  const CCmps* outer = component.owner;
+  if (outer == nullptr || outer->types == nullptr) {
+    error = component.GetFullName() + ": subcircuit without a collection";
+    return -2;
+  }
+  CSubCir& sub = component.SubCircuit();
+  if (!sub.Open(component, settings.folder, *outer->types, true)) return -1;
+  const int code = AddComponents(*sub.cmps);
+  if (code != 0) return code;
+  for (size_t i = 0; i < sub.labels.size() && i < component.pins.size(); ++i) {
+    if (sub.labels[i].empty()) continue;
+    CCmp* label = sub.cmps->Find(sub.labels[i]);
+    if (label == nullptr || !label->IsLabel()) {
+      ComponentError(&component, "Label \"" + sub.labels[i] + "\" not found");
+      return -1;
+    }
+    merges.emplace_back(label->Pin(0), component.pins[i]);
+  }
+  return 0;
 }
 
 void CCalc::SaveIC() {
   for (CCmp* component : cmps)
     if (component->ModelId() != MODEL_SUBCIR) component->Stamp(*this, STAMP_SAVE_IC, lastTime);
+  // A subcircuit keeps the state of its contents as commands for its next
+  // start, each naming its target inside the subcircuit.
+  for (CCmp* component : cmps)
+    if (component->ModelId() == MODEL_SUBCIR && component->subCir != nullptr)
+      component->subCir->ic = component->subCir->GetICText();
   icSaved = true;
 }
 

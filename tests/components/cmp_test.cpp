@@ -89,12 +89,13 @@ TEST(CmpSerialize, UnknownModelEndsTheLoad) {
   EXPECT_DOUBLE_EQ(cmp->R.Value, 1.0);  // not read
 }
 
+// A subcircuit part writes a label for every pin.
 TEST(CmpSerialize, UnreadChildrenRoundTrip) {
   const std::string element =
       "<Cmp type=\"T_TEST\" id=\"1\" name=\"X1\" file_name=\"\" view=\"0\" node0=\"1\" node1=\"2\" "
       "model=\"SubCir\" r=\"1\" k=\"2\" ic=\"\">"
       "<Custom w=\"2\" h=\"3\"><Ins><In name=\"a\" /></Ins></Custom>"
-      "<SubCir file=\"inner\" label1=\"A\" cmd=\"R1.R=5\" ic=\"\" />"
+      "<SubCir file=\"inner\" label1=\"A\" label2=\"\" cmd=\"R1.R=5\" ic=\"\" />"
       "<Attachment><TZ4><Doc><Cmps /></Doc></TZ4></Attachment>"
       "</Cmp>";
   auto cmp = LoadCmp(element);

@@ -257,4 +257,12 @@ TEST(Examples, SignalChainClipsAndIntegrates) {
   EXPECT_NEAR(s.At("V(Integral)", 20e-3), 0.0, 2e-3);
 }
 
+// One RC section file used twice as a subcircuit, its commands setting
+// 1 kOhm and 1 uF in F1, 2 kOhm and 2 uF in F2: time constants 1 ms and 4 ms.
+TEST(Examples, SubcircuitFiltersTakeTheirCommands) {
+  const CsvColumns f = RunExample("subcircuit_filters", "20m");
+  EXPECT_NEAR(FirstCrossing(f, "V(F1.C1)", 10.0 * (1.0 - std::exp(-1.0))), 1e-3, 1e-5);
+  EXPECT_NEAR(FirstCrossing(f, "V(F2.C1)", 10.0 * (1.0 - std::exp(-1.0))), 4e-3, 4e-5);
+}
+
 }  // namespace
