@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "expr/numtext.h"
+#include "solver/calc.h"
 #include "xml/xml_node.h"
 
 namespace tz4 {
@@ -31,7 +32,7 @@ const ModelInfo kAmperemeterModels[] = {
     {.name = "Amperemeter",
      .id = MODEL_A_AMPEREMETER,
      .extraRows = 1,
-     .traceMask = TRACE_V | TRACE_I | kMeterBit},
+     .traceMask = TRACE_I | kMeterBit},
     {},
 };
 const ModelInfo kVoltmeterModels[] = {
@@ -42,7 +43,7 @@ const ModelInfo kWattmeterModels[] = {
     {.name = "Wattmeter",
      .id = MODEL_A_WATTMETER,
      .extraRows = 1,
-     .traceMask = TRACE_V | TRACE_I | TRACE_P | kMeterBit},
+     .traceMask = TRACE_P | kMeterBit},
     {},
 };
 const ModelInfo kCouplerModels[] = {
@@ -140,11 +141,17 @@ bool CElemA::Serialize(CXmlNode& archive, bool customFlag) {
   return SerializeBase(archive, customFlag);
 }
 
-bool CElemA::CheckParams() {
-  // The voltmeter has no effect on the circuit: a trace reads the node
-  // voltages. The other meters carry a current row.
-  if (IsType("V_VM")) return true;
-  return ReportNotSimulated(this);
+// Each meter allows exactly the trace it names; none has parameters.
+bool CElemA::CheckParams() { return true; }
+
+// The ammeter is a wire with its current as the row's unknown; the
+// wattmeter's current path runs from its third pin to the common; the
+// voltmeter has no effect on the circuit.
+int CElemA::Stamp(CCalc& calc, int phase, double /*t*/) {
+  if (phase != STAMP_MATRIX || calc.pass != 0) return 0;
+  if (IsType("A_A")) calc.StampVSource(Pin(0), Pin(1), firstRow, 0.0);
+  if (IsType("W_WM")) calc.StampVSource(Pin(2), Pin(1), firstRow, 0.0);
+  return 0;
 }
 
 bool CElemA::GetTraceInfo(int /*kind*/, int& nodeA, int& nodeB, int& row, double& value) {
@@ -156,8 +163,9 @@ bool CElemA::GetTraceInfo(int /*kind*/, int& nodeA, int& nodeB, int& row, double
     nodeB = second;
     row = firstRow;
   } else if (IsType("V_VM")) {
-    nodeA = first;
-    nodeB = second;
+    // V(+) - V(-).
+    nodeA = second;
+    nodeB = first;
     row = 0;
   } else {
     nodeA = first;

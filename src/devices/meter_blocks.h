@@ -27,6 +27,7 @@ class CElemA : public CCmp {
   bool Serialize(CXmlNode& archive, bool customFlag) override;
   bool CheckParams() override;
   bool GetTraceInfo(int kind, int& nodeA, int& nodeB, int& row, double& value) override;
+  int Stamp(CCalc& calc, int phase, double t) override;
 };
 
 // Pins: in, out, forward, reverse.
@@ -56,7 +57,7 @@ class CElemSH : public CCmp {
 
   static constexpr int kClockPin = 2;
 
-  CFormula Ic;  // "IC", the held value at the start; attribute "ic"; default 0.0
+  CFormula Ic;        // "IC", the held value at the start; attribute "ic"; default 0.0
   double Held = 0.0;  // run state: the value held now
 };
 

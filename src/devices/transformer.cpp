@@ -1,7 +1,9 @@
 #include "devices/transformer.h"
 
+#include <cmath>
 #include <cstring>
 
+#include "solver/calc.h"
 #include "xml/xml_node.h"
 
 namespace tz4 {
@@ -127,9 +129,48 @@ bool CElemW::Serialize(CXmlNode& archive, bool customFlag) {
 }
 
 bool CElemW::CheckParams() {
-  // A subcircuit is replaced by its contents; the device itself does nothing.
   if (ModelId() == MODEL_SUBCIR) return true;
-  return ReportNotSimulated(this);
+  auto turns = [this](const CFormula& value, const std::string& name) {
+    if (!CheckValid(this, value, name)) return false;
+    return !std::isinf(value.Value) ||
+           ComponentError(this, name + (IsCustom() ? " : infinite" : " = infinite"));
+  };
+  if (IsType("W_W")) return turns(N1, "n");
+  if (!IsCustom()) return turns(N1, "n1") & turns(N2, "n2");
+  bool ok = true;
+  for (size_t k = 0; k < CustomTurns.size(); ++k) ok &= turns(CustomTurns[k], CustomNames[k]);
+  return ok;
+}
+
+// Each winding is a voltage row whose voltage is its turns times the
+// volts per turn of the core row; the core row sums the ampere-turns.
+int CElemW::Stamp(CCalc& calc, int phase, double /*t*/) {
+  if (phase != STAMP_MATRIX || calc.pass != 0 || ModelId() == MODEL_SUBCIR) return 0;
+  const int r = firstRow;
+  auto winding = [&calc](int a, int b, int row, int core, double n) {
+    calc.StampVSource(a, b, row, 0.0);
+    calc.AddCoupling(core, row, n);
+    calc.AddCoupling(row, core, -n);
+  };
+  if (IsType("W_W")) {
+    winding(Pin(0), Pin(1), r, Pin(2), N1.Value);
+  } else if (IsType("W_T2")) {
+    winding(Pin(0), Pin(1), r + 1, r, N1.Value);
+    winding(Pin(2), Pin(3), r + 2, r, N2.Value);
+  } else if (IsType("W_T3")) {
+    winding(Pin(0), Pin(1), r + 1, r, N1.Value);
+    winding(Pin(2), Pin(4), r + 2, r, N2.Value);
+    winding(Pin(4), Pin(3), r + 3, r, N2.Value);
+  } else {
+    const int32_t dots = customType != nullptr ? customType->leftDots : 0;
+    const int core = r + WindingCount;
+    for (int32_t k = 0; k < WindingCount && static_cast<size_t>(k) < CustomTurns.size(); ++k) {
+      int a = Pin(static_cast<size_t>(2 * k)), b = Pin(static_cast<size_t>(2 * k + 1));
+      if ((dots >> k) & 1) std::swap(a, b);
+      winding(a, b, r + k, core, CustomTurns[static_cast<size_t>(k)].Value);
+    }
+  }
+  return 0;
 }
 
 CParamTable CElemW::BindParams() {

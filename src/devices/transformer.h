@@ -24,6 +24,7 @@ class CElemW : public CCmp {
   bool CheckParams() override;
   CParamTable BindParams() override;
   int32_t GetExtraRows() override;
+  int Stamp(CCalc& calc, int phase, double t) override;
   // W_CUSTOM takes a shape of three windings on the left and three on the
   // right.
   void LoadCustom() override;

@@ -31,8 +31,10 @@ bool SelectModel(CCmp& cmp, const std::string& model) {
 }
 
 std::string Element(const char* type, const char* model, const char* extra = "") {
-  return std::string("<Cmp type=\"") + type + "\" name=\"U1\" node0=\"1\" node1=\"2\" node2=\"3\" "
-         "node3=\"4\" node4=\"5\" model=\"" + model + "\" " + extra + " />";
+  return std::string("<Cmp type=\"") + type +
+         "\" name=\"U1\" node0=\"1\" node1=\"2\" node2=\"3\" "
+         "node3=\"4\" node4=\"5\" model=\"" +
+         model + "\" " + extra + " />";
 }
 
 TEST(FamilyReports, InitialConditionTexts) {
@@ -87,7 +89,7 @@ TEST(FamilyReports, TraceNodesAndRows) {
       {Element("F_2", "Mul"), 2, true, 0, 3, 11},
       {Element("F_2", "SubCir"), 1, false, -9, -9, -9},
       {Element("A_A", "Amperemeter"), 1, true, 0, 2, 11},
-      {Element("V_VM", "Voltmeter"), 1, true, 1, 2, 0},
+      {Element("V_VM", "Voltmeter"), 0, true, 2, 1, 0},
       {Element("W_WM", "Wattmeter"), 1, true, 1, 2, 11},
       {Element("X_DC", "Coupler"), 1, true, 0, 2, 11},
       {Element("X_SH", "SH"), 1, true, 0, 2, 11},
@@ -127,9 +129,9 @@ TEST(FamilyReports, LogicPins) {
     const char* model;
     const char* matrixPins;  // one digit per pin
   } cases[] = {
-      {"Y_1", "Logic", "000"}, {"Y_FF", "Logic", "0000"}, {"Y_LG", "Step", "0"},
+      {"Y_1", "Logic", "000"},    {"Y_FF", "Logic", "0000"},    {"Y_LG", "Step", "0"},
       {"S_LCS", "Switch", "110"}, {"S_LCS3", "Switch", "1111"}, {"S_VCS", "Switch", "1111"},
-      {"X_SH", "SH", "110"}, {"X_SH", "SubCir", "111"},
+      {"X_SH", "SH", "110"},      {"X_SH", "SubCir", "111"},
   };
   for (const auto& c : cases) {
     auto cmp = ComponentTypes().Create(c.tag);
