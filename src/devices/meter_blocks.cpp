@@ -1,5 +1,6 @@
 #include "devices/meter_blocks.h"
 
+#include <cmath>
 #include <cstring>
 
 #include "expr/numtext.h"
@@ -186,7 +187,37 @@ bool CElemDC::Serialize(CXmlNode& archive, bool customFlag) {
   return true;
 }
 
-bool CElemDC::CheckParams() { return ReportNotSimulated(this); }
+bool CElemDC::CheckParams() {
+  bool ok = true;
+  if (!CheckValid(this, Z0, "z0"))
+    ok = false;
+  else if (Z0.Value < 0)
+    ok = ComponentError(this, "z0 < 0");
+  else if (std::isinf(Z0.Value))
+    ok = ComponentError(this, "z0 = infinite");
+  return CheckFinite(this, Cf, "CF") && ok;
+}
+
+// The main path is a wire whose current I (from in to out) is -x[r]; the
+// forward output gives the wave travelling from in to out, k (V + z0 I) / 2,
+// the reverse output the one coming back, k (V - z0 I) / 2, with k the
+// coupling factor of "CF" decibels.
+int CElemDC::Stamp(CCalc& calc, int phase, double /*t*/) {
+  if (phase != STAMP_MATRIX || calc.pass != 0) return 0;
+  const int in = Pin(0), out = Pin(1), forward = Pin(2), reverse = Pin(3), r = firstRow;
+  const double k = std::pow(10.0, Cf.Value / -20.0), z0 = Z0.Value;
+  calc.StampVSource(in, out, r, 0.0);
+  const int rows[2] = {r + 1, r + 2};
+  const int nodes[2] = {forward, reverse};
+  const double signs[2] = {1.0, -1.0};
+  for (int n = 0; n < 2; ++n) {
+    calc.AddCoupling(nodes[n], rows[n], 1.0);
+    calc.SetCoupling(rows[n], nodes[n], 1.0);
+    calc.AddCoupling(rows[n], in, -k / 2);
+    calc.AddCoupling(rows[n], r, signs[n] * k / 2 * z0);
+  }
+  return 0;
+}
 
 // The output from ground, with the current of the main path.
 bool CElemDC::GetTraceInfo(int /*kind*/, int& nodeA, int& nodeB, int& row, double& value) {
@@ -214,10 +245,56 @@ std::string& CElemSH::GetICText(std::string& out) {
   return out;
 }
 
-bool CElemSH::CheckParams() {
-  // A subcircuit is replaced by its contents; the device itself does nothing.
-  if (ModelId() == MODEL_SUBCIR) return true;
-  return ReportNotSimulated(this);
+bool CElemSH::CheckParams() { return ModelId() != MODEL_X_SH || CheckFinite(this, Ic, "ic"); }
+
+int CElemSH::Stamp(CCalc& calc, int phase, double /*t*/) {
+  if (ModelId() != MODEL_X_SH) return 0;
+  switch (phase) {
+    case STAMP_INIT:
+      if (prevModelId != MODEL_X_SH) {
+        Held = Ic.Value;
+        state = -1;
+      }
+      return 0;
+    case STAMP_MATRIX: {
+      if (calc.pass != 0) return 0;
+      const int out = Pin(1), r = firstRow;
+      if (out == 0) {
+        calc.error = GetFullName() + " : grounded output";
+        return -1;
+      }
+      calc.AddCoupling(out, r, 1.0);
+      calc.SetCoupling(r, out, -1.0);
+      const bool tracking = (view & 2) != 0 && state == 1;
+      if (tracking)
+        calc.AddCoupling(r, Pin(0), 1.0);
+      else
+        calc.SetConstant(r, Held);
+      return 0;
+    }
+    case STAMP_SAVE_IC:
+      Ic.Value = Held;
+      Ic.Text.clear();
+      return 0;
+    default:
+      return 0;
+  }
+}
+
+// The clock is read once at each time point; the first level is taken
+// without an edge. A rising level samples; in track mode the input is also
+// taken when the clock falls, so the output holds it from then on.
+bool CElemSH::PostStep(CCalc& calc, bool apply, double /*t*/, bool& changed) {
+  changed = false;
+  if (ModelId() != MODEL_X_SH) return true;
+  const int32_t level = (calc.V(Pin(kClockPin)) > calc.thr ? 1 : 0) ^ (view & 1);
+  if (state < 0) state = level;
+  if (level == state) return true;
+  changed = true;
+  if (!apply) return true;
+  if (level == 1 || (view & 2) != 0) Held = calc.V(Pin(0));
+  state = level;
+  return true;
 }
 
 // The clock is a logic input.

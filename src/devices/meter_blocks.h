@@ -39,6 +39,8 @@ class CElemDC : public CCmp {
   bool CheckParams() override;
   bool GetTraceInfo(int kind, int& nodeA, int& nodeB, int& row, double& value) override;
 
+  int Stamp(CCalc& calc, int phase, double t) override;
+
   CFormula Z0;  // "z0", ohms; attribute "z"; default 50.0
   CFormula Cf;  // "CF", coupling in decibels; attribute "cf"; default 0.0
 };
@@ -54,6 +56,9 @@ class CElemSH : public CCmp {
   bool CheckParams() override;
   int IsMatrixPin(int pin) override;
   bool GetTraceInfo(int kind, int& nodeA, int& nodeB, int& row, double& value) override;
+
+  int Stamp(CCalc& calc, int phase, double t) override;
+  bool PostStep(CCalc& calc, bool apply, double t, bool& changed) override;
 
   static constexpr int kClockPin = 2;
 

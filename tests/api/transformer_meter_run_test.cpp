@@ -77,6 +77,51 @@ TEST_F(TransformerRun, MetersReadWhatTheTracesRead) {
   EXPECT_LT(TZ4_AddVTrace(h, "WM"), 0);
 }
 
+// A coupler into a matched 50 Ohm load sees only the forward wave: 10 V at
+// the input, forward k (V + z0 I) / 2 = 10 V at CF 0, reverse 0; into an
+// open end both waves are V / 2; at CF 20 dB the outputs are a tenth.
+TEST_F(TransformerRun, CouplerSeparatesTheWaves) {
+  const struct {
+    const char* load;
+    const char* cf;
+    double forward, reverse;
+  } cases[] = {{"50", "0", 10, 0}, {"inf", "0", 5, 5}, {"50", "20", 1, 0}};
+  for (const auto& c : cases) {
+    Open(Element("V_V", "V1", "V", {0, 1}, "v=\"10\"") +
+         Element("X_DC", "DC", "Coupler", {1, 2, 3, 4},
+                 std::string("z=\"50\" cf=\"") + c.cf + "\"") +
+         Element("R_R", "RL", "R", {0, 2}, std::string("r=\"") + c.load + "\"") +
+         Element("label", "F", "Label", {3}, "") + Element("label", "B", "Label", {4}, ""));
+    const int f = Trace("F"), b = Trace("B");
+    ASSERT_EQ(TZ4_Simulate(h, 1e-4), 0) << Error();
+    EXPECT_NEAR(Last(f), c.forward, 1e-9) << c.load << " " << c.cf;
+    EXPECT_NEAR(Last(b), c.reverse, 1e-9) << c.load << " " << c.cf;
+  }
+}
+
+// A ramp of 1000 V/s sampled by a 1 kHz clock rising at 0.5, 1.5, 2.5 ms:
+// sample-and-hold holds 0.5, 1.5, 2.5 V between; track-and-hold follows the
+// input while the clock is high and holds what it had when the clock fell.
+TEST_F(TransformerRun, SampleAndTrackAndHold) {
+  for (int view : {0, 2}) {
+    std::string sh = Element("X_SH", "SH", "SH", {1, 2, 3}, "ic=\"0\"");
+    sh.replace(sh.find(" model="), 0, " view=\"" + std::to_string(view) + "\"");
+    Open(Element("V_V", "R", "PWL", {0, 1}, "", "<Signal pwl=\"0,0,10e-3,10\" c=\"0\" />") +
+             Element("Y_LG", "C", "Pulse", {3}, "p=\"1e-3\" w=\"0.5e-3\" d=\"0.5e-3\"") + sh,
+         1e-5);
+    const int v = Trace("SH");
+    ASSERT_EQ(TZ4_Simulate(h, 3e-3), 0) << Error();
+    const struct {
+      double t, sampled, tracked;
+    } points[] = {{0.25e-3, 0, 0}, {0.75e-3, 0.5, 0.75}, {1.25e-3, 0.5, 1.0}, {2.25e-3, 1.5, 2.0}};
+    for (const auto& p : points) {
+      double out = 0;
+      ASSERT_EQ(TZ4_GetData(h, v, p.t, &out), 0);
+      EXPECT_NEAR(out, view == 0 ? p.sampled : p.tracked, 0.02) << "view " << view << " t " << p.t;
+    }
+  }
+}
+
 TEST_F(TransformerRun, Checks) {
   const struct {
     std::string element;
