@@ -162,11 +162,6 @@ std::string& CElemDelay::GetICText(std::string& out) {
   return out;
 }
 
-bool CElemDelay::CheckParams() {
-  // A subcircuit is replaced by its contents; the block itself does nothing.
-  if (ModelId() == MODEL_SUBCIR) return true;
-  return ReportNotSimulated(this);
-}
 
 // The output drives its node from ground through the extra row.
 bool CElemDelay::GetTraceInfo(int kind, int& nodeA, int& nodeB, int& row, double& value) {
@@ -200,6 +195,5 @@ bool CElemLine::Serialize(CXmlNode& archive, bool customFlag) {
   return true;
 }
 
-bool CElemLine::CheckParams() { return ReportNotSimulated(this); }
 
 }  // namespace tz4

@@ -68,9 +68,11 @@ class CElemDelay : public CCmp {
   std::string& GetICText(std::string& out) override;
   bool CheckParams() override;
   bool GetTraceInfo(int kind, int& nodeA, int& nodeB, int& row, double& value) override;
+  int Stamp(CCalc& calc, int phase, double t) override;
+  void NextEvent(CCalc& calc, double t, double& nextTime, double& maxStep) override;
 
   // Parameters.
-  CFormula T0;  // "t0", seconds; attribute "t"; default 0.0
+  CFormula T0;         // "t0", seconds; attribute "t"; default 0.0
   std::string IcText;  // "IC", volts, empty for none; attribute "ic"
 
   // Run state.
@@ -87,20 +89,26 @@ class CElemLine : public CCmp {
 
   bool Serialize(CXmlNode& archive, bool customFlag) override;
   bool CheckParams() override;
+  int Stamp(CCalc& calc, int phase, double t) override;
+  void NextEvent(CCalc& calc, double t, double& nextTime, double& maxStep) override;
 
   // Parameters.
-  CFormula T0;  // "t0", seconds; attribute "t"; default 1e-06
-  CFormula Z0;  // "z0", ohms; attribute "z"; default 50.0
-  CFormula R;  // "r", ohms per nanosecond of delay; attribute "r"; default 0.0
-  CFormula G;  // "G", siemens per nanosecond of delay; attribute "g"; default 0.0
-  CFormula Fr;  // "fr", megahertz; attribute "rf"; default 1.0
-  CFormula Fg;  // "fG", megahertz; attribute "gf"; default infinite
-  std::string VIC;     // "VIC", volts, empty for none; attribute "vic"
-  std::string IIC;     // "IIC", amperes, empty for none; attribute "iic"
+  CFormula T0;      // "t0", seconds; attribute "t"; default 1e-06
+  CFormula Z0;      // "z0", ohms; attribute "z"; default 50.0
+  CFormula R;       // "r", ohms per nanosecond of delay; attribute "r"; default 0.0
+  CFormula G;       // "G", siemens per nanosecond of delay; attribute "g"; default 0.0
+  CFormula Fr;      // "fr", megahertz; attribute "rf"; default 1.0
+  CFormula Fg;      // "fG", megahertz; attribute "gf"; default infinite
+  std::string VIC;  // "VIC", volts, empty for none; attribute "vic"
+  std::string IIC;  // "IIC", amperes, empty for none; attribute "iic"
 
   // Run state.
   CDelay History;
   int32_t Form = 0;  // which of the lossless forms the parameters chose
+
+ private:
+  void StampInitialSolution(CCalc& calc) const;
+  void StampWaves(CCalc& calc) const;
 };
 
 extern const ElemType kTypeX_Delay;
