@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "components/cmp.h"
@@ -58,6 +59,43 @@ class CDelay {
   void DropFirstBlock();
 };
 
+// The fixed-step wave model of a lossy line: N wave nodes one solver step
+// apart, each section a series resistance (with a ladder of up to four
+// stages for the skin effect) and a shunt conductance (with a frequency
+// term), advanced in steps of Dt whatever step the solver takes.
+class CLossyLine {
+ public:
+  // 0, or -1 for an unusable delay or step (or no memory).
+  int Setup(double step);
+  // Takes the waves a and b that leave the two ends at time t, and moves
+  // the sections up to t.
+  void Advance(double t, double a, double b);
+  void Clear();
+
+  // The parameters at the last set-up.
+  double Delay = 0.0, Z0 = 0.0, R = 0.0, G = 0.0, Fr = 0.0, Fg = 0.0;
+  double LastTime = 0.0, NextTime = 0.0;
+  int32_t Sections = 0;
+  double Dt = 0.0;
+  double OutA = 0.0, OutB = 0.0;
+  std::vector<std::pair<double, double>> Waves;  // forward and backward wave per node
+  double Rs = 0.0, Gs = 0.0;
+  struct Stage {
+    std::vector<double> state;
+    double L = 0.0, Rstage = 0.0, Reff = 0.0, K = 0.0;
+  };
+  Stage Stages[4];
+  int32_t StageCount = 0;
+  double Rtotal = 0.0, A = 0.0, B = 0.0, C = 0.0;
+  bool HasGf = false;
+  std::vector<double> Gf1, Gf2;
+  double H = 0.0;
+
+ private:
+  void SetupShunt();
+  void Section(int i, double& carry);
+};
+
 // The delay block: its output is its input as it was "t0" ago.
 // Pins: in, out.
 class CElemDelay : public CCmp {
@@ -104,9 +142,12 @@ class CElemLine : public CCmp {
 
   // Run state.
   CDelay History;
+  CLossyLine Lossy;
   int32_t Form = 0;  // which of the lossless forms the parameters chose
 
  private:
+  bool SetupLossy(CCalc& calc);
+  int StampLossy(CCalc& calc, int phase, double t);
   void StampInitialSolution(CCalc& calc) const;
   void StampWaves(CCalc& calc) const;
 };

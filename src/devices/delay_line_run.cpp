@@ -100,13 +100,39 @@ void CElemDelay::NextEvent(CCalc& /*calc*/, double /*t*/, double& /*nextTime*/, 
 // -------------------------------------------------------------- CElemLine
 
 bool CElemLine::CheckParams() {
-  if (ModelId() != MODEL_X_LINE) return ReportNotSimulated(this);
-  bool ok = CheckDelayTime(this, T0);
-  if (!CheckValid(this, Z0, "z0"))
-    ok = false;
-  else if (Z0.Value < 0)
-    ok = ComponentError(this, "z0 < 0");
+  const bool lossy = ModelId() == MODEL_X_LOSSY;
+  // A value that must not be negative, or with `positive` must be above 0.
+  auto check = [this](const CFormula& value, const char* name, bool positive) {
+    if (!CheckValid(this, value, name)) return false;
+    if (positive && !(value.Value > 0)) return ComponentError(this, std::string(name) + " <= 0");
+    return !(value.Value < 0) || ComponentError(this, std::string(name) + " < 0");
+  };
+  bool ok = check(T0, "t", lossy);
+  ok &= check(Z0, "z0", false);
+  if (!lossy) return ok;
+  ok &= check(R, "r", false);
+  ok &= check(Fr, "fr", true);
+  ok &= check(G, "G", false);
+  ok &= check(Fg, "fG", true);
   return ok;
+}
+
+// A lossy line is set up anew when it was not lossy before or one of its
+// six parameters changed.
+bool CElemLine::SetupLossy(CCalc& calc) {
+  CLossyLine& l = Lossy;
+  const bool same = prevModelId == MODEL_X_LOSSY && l.Delay == T0.Value && l.Z0 == Z0.Value &&
+                    l.R == R.Value && l.G == G.Value && l.Fr == Fr.Value && l.Fg == Fg.Value;
+  if (same) return true;
+  l.Delay = T0.Value;
+  l.Z0 = Z0.Value;
+  l.R = R.Value;
+  l.G = G.Value;
+  l.Fr = Fr.Value;
+  l.Fg = Fg.Value;
+  if (l.Setup(calc.step) == 0) return true;
+  calc.error = GetFullName() + " : No enough memory";
+  return false;
 }
 
 // At the initial solution the rows carry the two port currents, and the
@@ -178,7 +204,9 @@ void CElemLine::StampWaves(CCalc& calc) const {
 }
 
 int CElemLine::Stamp(CCalc& calc, int phase, double t) {
-  if (ModelId() != MODEL_X_LINE) return 0;
+  const int32_t model = ModelId();
+  if (model == MODEL_X_LOSSY) return StampLossy(calc, phase, t);
+  if (model != MODEL_X_LINE) return 0;
   const int a = Pin(0), b = Pin(1), c = Pin(2), d = Pin(3), r = firstRow;
   const double t0 = T0.Value, z0 = Z0.Value;
   switch (phase) {
@@ -249,6 +277,40 @@ int CElemLine::Stamp(CCalc& calc, int phase, double t) {
         calc.error = GetFullName() + " : no enough memory";
         return -1;
       }
+      return 0;
+    default:
+      return 0;
+  }
+}
+
+// The lossy line stamps as the delay form; its waves come from the section
+// model instead of the store.
+int CElemLine::StampLossy(CCalc& calc, int phase, double t) {
+  const int r = firstRow;
+  const bool initial = calc.stampMode == 0 && calc.lineUpdate == 0;
+  switch (phase) {
+    case STAMP_INIT:
+      if (prevModelId != MODEL_X_LOSSY) History.Clear();
+      Form = LINE_DELAY;
+      return SetupLossy(calc) ? 0 : -1;
+    case STAMP_RESET:
+      History.Clear();
+      Lossy.Clear();
+      return 0;
+    case STAMP_MATRIX:
+      if (calc.pass != 0) return 0;
+      if (initial)
+        StampInitialSolution(calc);
+      else
+        StampWaves(calc);
+      return 0;
+    case STAMP_SOURCE:
+      if (initial || !(calc.step > 0) || Lossy.Waves.empty()) return 0;
+      calc.SetSource(r, -Lossy.Waves.front().second);
+      calc.SetSource(r + 1, -Lossy.Waves.back().first);
+      return 0;
+    case STAMP_SAMPLE:
+      Lossy.Advance(t, calc.V(r), calc.V(r + 1));
       return 0;
     default:
       return 0;

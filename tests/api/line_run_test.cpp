@@ -68,6 +68,28 @@ TEST_F(LineRun, DelayBlockGivesItsInputT0Later) {
         << t;
 }
 
+// A lossy line without losses is the pure delay; with 10 Ohm of series
+// resistance in all (0.01 Ohm per ns over 1 us) the step arrives attenuated
+// by exp(-R / 2 z0) and settles at the divider 50 / (50 + 10 + 50).
+TEST_F(LineRun, LossyLineDelaysAndAttenuates) {
+  Run(Element("R_R", "RL", "R", {0, 3}, "r=\"50\""),
+      "t=\"1e-6\" z=\"50\" r=\"0\" g=\"0\" rf=\"1\" gf=\"inf\"");
+  EXPECT_NEAR(At(far_, 1.4e-6), 0.0, 1e-6);
+  EXPECT_NEAR(At(far_, 1.7e-6), 0.5, 1e-6);
+
+  Open(Element("V_V", "V1", "Step", {0, 1}, "", "<Signal u0=\"0\" u1=\"1\" d=\"0.5e-6\" />") +
+           Element("R_R", "RS", "R", {1, 2}, "r=\"50\"") +
+           Element("X_Line", "TL", "Lossy", {2, 0, 3, 0},
+                   "t=\"1e-6\" z=\"50\" r=\"0.01\" g=\"0\" rf=\"inf\" gf=\"inf\"") +
+           Element("R_R", "RL", "R", {0, 3}, "r=\"50\"") +
+           Element("label", "FAR", "Label", {3}, ""),
+       2e-8);
+  far_ = Trace("FAR");
+  ASSERT_EQ(TZ4_Simulate(h, 40e-6), 0) << Error();
+  EXPECT_NEAR(At(far_, 1.7e-6), 0.5 * std::exp(-10.0 / 100.0), 0.01);
+  EXPECT_NEAR(At(far_, 40e-6), 50.0 / 110.0, 0.005);
+}
+
 TEST_F(LineRun, Checks) {
   const struct {
     std::string element;
@@ -76,6 +98,9 @@ TEST_F(LineRun, Checks) {
       {Element("X_Line", "TL", "Line", {1, 0, 2, 0}, "t=\"-1\" z=\"-50\""),
        "TZ4_Start: TL : t < 0; TL : z0 < 0; "},
       {Element("X_Delay", "TL", "Delay", {1, 2}, "t=\"-1\""), "TZ4_Start: TL : t < 0; "},
+      {Element("X_Line", "TL", "Lossy", {1, 0, 2, 0},
+               "t=\"0\" z=\"50\" r=\"-1\" g=\"-1\" rf=\"0\" gf=\"0\""),
+       "TZ4_Start: TL : t <= 0; TL : r < 0; TL : fr <= 0; TL : G < 0; TL : fG <= 0; "},
   };
   for (const auto& c : cases) {
     Open(Element("V_V", "V1", "V", {0, 1}, "v=\"1\"") + c.element +
