@@ -265,4 +265,15 @@ TEST(Examples, SubcircuitFiltersTakeTheirCommands) {
   EXPECT_NEAR(FirstCrossing(f, "V(F2.C1)", 10.0 * (1.0 - std::exp(-1.0))), 4e-3, 4e-5);
 }
 
+// A 1 V pulse from 50 Ohm into a 1 us, 50 Ohm line with an open far end:
+// the line takes half the step, the far end doubles it to 1 V after 1 us,
+// and the reflection brings the input to 1 V after 2 us.
+TEST(Examples, TransmissionLineDelaysAndReflects) {
+  const CsvColumns l = RunExample("transmission_line", "10u");
+  EXPECT_NEAR(FirstCrossing(l, "V(IN)", 0.25), 0.5e-6, 2e-8);
+  EXPECT_NEAR(FirstCrossing(l, "V(FAR)", 0.5), 1.5e-6, 2e-8);
+  EXPECT_NEAR(FirstCrossing(l, "V(IN)", 0.75), 2.5e-6, 2e-8);
+  EXPECT_NEAR(Extremes(l, "V(FAR)", 0, 10e-6).second, 1.0, 1e-9);
+}
+
 }  // namespace
