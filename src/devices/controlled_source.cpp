@@ -144,6 +144,4 @@ std::string& CElemVCVS::GetICText(std::string& out) {
   return out;
 }
 
-bool CElemVCVS::CheckParams() { return ReportNotSimulated(this); }
-
 }  // namespace tz4

@@ -19,6 +19,9 @@ class CElemVCVS : public CCmp {
   bool Serialize(CXmlNode& archive, bool customFlag) override;
   std::string& GetICText(std::string& out) override;
   bool CheckParams() override;
+  int Stamp(CCalc& calc, int phase, double t) override;
+  void NextEvent(CCalc& calc, double t, double& nextTime, double& maxStep) override;
+  bool PostStep(CCalc& calc, bool apply, double t, bool& changed) override;
 
   // Parameters, in archive order.
   CFormula K;            // "k"
@@ -43,6 +46,21 @@ class CElemVCVS : public CCmp {
   double EventTime = 0.0;
   int32_t Output = 0;
   int32_t Latch = 0;
+
+ private:
+  bool CurrentOutput() const;
+  bool CurrentControl() const;
+  // The control quantity: V(control 2) - V(control 1), or the current
+  // through the zero-volt branch of row r + 1.
+  double Control(const CCalc& calc) const;
+  // The linear form of the output for gain g (the "Linear" and "PWL" rows).
+  void StampGain(CCalc& calc, double g) const;
+  // The output held at `value` (pulse and modulator levels, or 0 for the
+  // rows whose value comes in through the source term).
+  void StampLevel(CCalc& calc, double value) const;
+  bool Evaluate(CCalc& calc, double t, double& out);
+  double Oscillate(const CCalc& calc, double t, double& slope);
+  void NextPwmEvent(const CCalc& calc, double t, double& nextTime, double& maxStep);
 };
 
 // Model ids of the controlled-source family.

@@ -60,7 +60,7 @@ TEST(Registry, ModelTablesAreWellFormed) {
 }
 
 TEST(Registry, RunsAreRefusedUntilSimulated) {
-  for (const char* tag : {"O_O", "O_VCG", "T_NFET", "V_VCVS", "I_CCCS"}) {
+  for (const char* tag : {"O_O", "O_VCG", "T_NFET", "T_TNPN", "O_OS"}) {
     std::unique_ptr<CCmp> cmp = ComponentTypes().Create(tag);
     ASSERT_NE(cmp, nullptr) << tag;
     cmp->name = "U1";
