@@ -202,7 +202,6 @@ std::string& CElemO::GetICText(std::string& out) {
   return out;
 }
 
-bool CElemO::CheckParams() { return ReportNotSimulated(this); }
 
 // Every trace reads between ground and the output, with the output's row.
 bool CElemO::GetTraceInfo(int kind, int& nodeA, int& nodeB, int& row, double& value) {
